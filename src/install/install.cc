@@ -1,0 +1,227 @@
+// The install sequence.
+#include <sys/stat.h>
+
+#include <array>
+#include <cstring>
+
+#include "api/last_error.h"
+#include "detect/euc_utils.h"
+#include "install/client_ini.h"
+#include "install/detail.h"
+#include "install/identity.h"
+#include "install/launch_agent.h"
+#include "install/registry.h"
+#include "install/verified_download.h"
+#include "net/system_downloader.h"
+#include "support/files.h"
+#include "support/format.h"
+#include "support/log_file.h"
+#include "support/owned.h"
+#include "support/paths.h"
+#include "support/shell.h"
+#include "support/wait.h"
+#include "velnor/capi.h"
+#include "velnor_deployment.h"
+
+using velnor::OwnedText;
+using velnor::setDetailError;
+
+static_assert(sizeof(void*) != 8 || sizeof(InstallContext) == 48);
+
+namespace {
+
+constexpr char kFunction[] = "vn_install";
+// Pings after the one that follows the start at once, a second apart.
+constexpr int kFurtherPings = 120;
+
+// One run of vn_install. Every step returns false with the last error set when it ends the run.
+class Installation {
+  public:
+    Installation(const char* appName, int32_t cid, const char* eula, InstallContext* context)
+        : appName_(appName), cid_(cid), eula_(eula), context_(context) {}
+
+    bool run() {
+        report(5);
+        if (_vn_getInstallPath(installPath_, sizeof installPath_) == 0) return false;
+        report(10);
+        if (pingClient()) {
+            acceptEula();
+            return registerApplication();
+        }
+        return fetchConfiguration() && readConfiguration() && downloadArtifacts() &&
+               prepareClient() && startClient() && registerApplication();
+    }
+
+  private:
+    void report(uint32_t percentage) const {
+        if (context_ != nullptr) context_->progress(percentage, 0);
+    }
+
+    // The record is a courtesy to the application; an installation does not fail for it.
+    void acceptEula() const {
+        if (eula_ != nullptr) vn_acceptEULA(cid_, eula_, 0);
+    }
+
+    static bool isOutOfMemory() {
+        return _vn_getLastError() == INSTALL_ERROR_INSUFFICIENTMEMORY;
+    }
+
+    static bool fail(InstallResult code) {
+        _vn_setLastError(code);
+        return false;
+    }
+
+    bool failWithDetail(InstallResult code, const char* detail) const {
+        setDetailError(context_, code, detail);
+        return false;
+    }
+
+    bool fetchConfiguration() {
+        mkdir(installPath_, 0777);
+        VN_LOG_INFO(kFunction, "Starting Installation");
+        const OwnedText guid(_vn_generateGuid());
+        if (!guid) return fail(INSTALL_ERROR_INSUFFICIENTMEMORY);
+        OwnedText url;
+        if (_vn_snprintf(userAgent_.out(), 0, "Kestrin Installer %s %s", "mac", appName_) == 0 ||
+            _vn_snprintf(url.out(), 0, "https://%s/conf/client_ini.html?guid=%s",
+                         velnor::deployment::kConfigurationHost, guid.get()) == 0) {
+            return false;
+        }
+        report(15);
+        ini_ = OwnedText(_vn_downloadVelnorURL(userAgent_.get(), url.get(), &iniSize_, nullptr, 15,
+                                               25));
+        if (ini_ && iniSize_ != 0) return true;
+        VN_LOG_ERROR(kFunction, "Failed in downloading client.ini");
+        return failWithDetail(INSTALL_ERROR_DOWNLOAD_FAILURE, url.get());
+    }
+
+    bool readConfiguration() {
+        VN_LOG_INFO(kFunction, "Downloaded client.ini");
+        const OwnedText logUploadUrl = velnor::iniValue(ini_.get(), kLogUploadUrlKey);
+        if (!logUploadUrl) {
+            if (isOutOfMemory()) return false;
+            VN_LOG_ERROR(kFunction, "Log Server address not found in client.ini");
+            return fail(INSTALL_ERROR_INI);
+        }
+        return saveConfiguration() && nameClient();
+    }
+
+    bool saveConfiguration() const {
+        char path[velnor::kPathSize];
+        if (!velnor::formatPath(path, "%s/%s", installPath_, "client.ini")) return false;
+        if (!_vn_writeFile(path, ini_.get(), iniSize_, "wb")) {
+            VN_LOG_ERROR(kFunction, "Failed in saving client.ini");
+            return failWithDetail(INSTALL_ERROR_DISK_WRITE, path);
+        }
+        // With its trailing blank, deliberately: tools that read the logs look for it.
+        VN_LOG_INFO(kFunction, "Saved client.ini at location %s ", path);
+        return true;
+    }
+
+    bool nameClient() {
+        clientUrl_ = velnor::iniValue(ini_.get(), kClientUrlKey);
+        if (!clientUrl_) {
+            if (isOutOfMemory()) return false;
+            VN_LOG_ERROR(kFunction, "Binary path not found in client.ini");
+            return failWithDetail(INSTALL_ERROR_INI_PATH_NOT_FOUND, "MacOSClientURL");
+        }
+        clientFile_ = velnor::fileNameOf(clientUrl_.get());
+        if (clientFile_ != nullptr) return true;
+        VN_LOG_ERROR(kFunction, "Unable to parse name in %s", clientUrl_.get());
+        return failWithDetail(INSTALL_ERROR_INI_PARSE_ERR, clientUrl_.get());
+    }
+
+    bool downloadArtifacts() const {
+        struct Download {
+            const char* urlKey;
+            const char* fileName;
+            const char* signatureKey;
+            uint32_t progressFrom;
+            uint32_t progressTo;
+        };
+        const std::array<Download, 3> downloads{{
+            {kClientUrlKey, clientFile_, kClientSignatureKey, 25, 70},
+            {kUiToolUrlKey, "ksmacui.tar.gz", kUiToolSignatureKey, 70, 75},
+            {kUninstallerUrlKey, "uninstall.tar.gz", kUninstallerSignatureKey, 75, 80},
+        }};
+        const bool rewrite = velnor::isRewriteOn(ini_.get());
+        for (const Download& next : downloads) {
+            if (_vn_downloadAndWrite(ini_.get(), userAgent_.get(), context_, rewrite, next.urlKey,
+                                     next.fileName, next.signatureKey, next.progressFrom,
+                                     next.progressTo) != INSTALL_ERROR_OK) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    bool prepareClient() const {
+        report(80);
+        acceptEula();
+        const OwnedText clientWord(velnor::shellWord(clientFile_));
+        if (!clientWord) return false;
+        velnor::runShell("chmod 755 %s/%s", installPath_, clientWord.get());
+        if (!_vn_mac_addStartupItem(installPath_)) {
+            VN_LOG_ERROR(kFunction, "Error in installing the client");
+            return fail(INSTALL_ERROR_PLATFORM);
+        }
+        VN_LOG_INFO(kFunction, "Client Installed");
+        report(85);
+        return true;
+    }
+
+    bool startClient() const {
+        if (!_vn_start()) {
+            VN_LOG_ERROR(kFunction, "Error in starting the client");
+            return fail(INSTALL_ERROR_START);
+        }
+        VN_LOG_INFO(kFunction, "Waiting for a response from client");
+        bool answers = pingClient() != 0;
+        for (int ping = 0; !answers && ping < kFurtherPings; ++ping) {
+            _vn_sleep(1);
+            answers = pingClient() != 0;
+        }
+        if (answers) return true;
+        VN_LOG_ERROR(kFunction, "Waited enough for client; no response, exiting");
+        VN_LOG_INFO(kFunction, "Network Statistics");
+        // Who else holds the port is what support asks first.
+        velnor::runShell("netstat -an -p tcp | %s \"9421\" >> \"%s/%s\"", "grep", installPath_,
+                         kLogFileName);
+        return fail(INSTALL_ERROR_CLIENT_NOTRESPONDING);
+    }
+
+    bool registerApplication() const {
+        report(90);
+        const velnor::Registration registration =
+            velnor::registerApplication(installPath_, appName_, context_);
+        if (registration == velnor::Registration::Failed) return false;
+        const bool isNew = registration == velnor::Registration::Registered;
+        if (isNew) report(95);
+        VN_LOG_INFO(kFunction, "Successfully installed the client");
+        // An application that is there already leaves the last error as it was.
+        if (isNew) _vn_setLastError(INSTALL_ERROR_OK);
+        return true;
+    }
+
+    const char* appName_;
+    int32_t cid_;
+    const char* eula_;
+    InstallContext* context_;
+    char installPath_[velnor::kPathSize] = {};
+    OwnedText userAgent_;
+    OwnedText ini_;
+    uint32_t iniSize_ = 0;
+    OwnedText clientUrl_;
+    const char* clientFile_ = nullptr;  // within clientUrl_
+};
+
+}  // namespace
+
+int32_t vn_install(const char* appName, int32_t cid, const char* eula, InstallContext* context) {
+    if (appName == nullptr || (context != nullptr && context->progress == nullptr)) {
+        _vn_setLastError(INSTALL_ERROR_INVALIDARGUMENT);
+        return -1;
+    }
+    _vn_setLastError(INSTALL_ERROR_INTERNAL);
+    return Installation(appName, cid, eula, context).run() ? 0 : -1;
+}

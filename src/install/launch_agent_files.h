@@ -1,0 +1,80 @@
+// The two files of the launch agent, byte for byte. Installed copies are compared by size in the
+// field, so an edit that changes a size is an error here.
+#ifndef VELNOR_INSTALL_LAUNCH_AGENT_FILES_H
+#define VELNOR_INSTALL_LAUNCH_AGENT_FILES_H
+
+namespace velnor {
+
+/// loader.pl: becomes the client that client.ini names, or else the newest one.
+inline constexpr char kLoaderScript[] = R"file(#!/usr/bin/perl
+use strict;
+
+# Iterates across the potential client binaries in /Applications/Velnor, finds
+# the one with the latest modification time and exec()s it, so that this
+# process becomes the client's process and launchd watches the right one.
+# Since the client deletes all binaries other than itself at startup, more
+# than one candidate is unlikely. A binary that client.ini names goes first,
+# whatever its name and age: it is the one that the installer has verified and
+# that the maker wants to run. Without any candidate the script just ends, and
+# launchd, which keeps its agents alive, will start it again soon enough.
+
+my $BASE = "/Applications/Velnor";
+my $EXE_PREFIX1 = "ksmac_";
+my $EXE_PREFIX2 = "corvane_mac_";
+my $latest_mod_time = -1;  # older than any possible modification time
+my $bin_to_exec = '';
+
+opendir(my $dir, $BASE) or exit;
+foreach my $entry (readdir($dir)) {
+    next unless $entry =~ /^(\Q$EXE_PREFIX1\E|\Q$EXE_PREFIX2\E)/;
+    next unless -f "$BASE/$entry" && -x _;
+    my $mod_time = (stat(_))[9];
+    if ($mod_time > $latest_mod_time) {
+        $latest_mod_time = $mod_time;
+        $bin_to_exec = $entry;
+    }
+}
+closedir($dir);
+
+if (-f "$BASE/client.ini" && open(my $ini, '<', "$BASE/client.ini")) {
+    while (my $line = <$ini>) {
+        next unless $line =~ /MacOSClientURL\s*=\s*(.*?)\s*$/;
+        my $name = $1;
+        $name =~ s/.*\///;
+        $bin_to_exec = $name if -f "$BASE/$name" && -x _;
+    }
+    close($ini);
+}
+
+if ($bin_to_exec ne '') {
+    chdir($BASE);
+    exec("$BASE/$bin_to_exec");
+}
+)file";
+static_assert(sizeof kLoaderScript - 1 == 1554);
+
+/// com.velnor.client.plist. The label keeps the ".plist" ending, deliberately: launchctl commands and
+/// the probe use it so. No line break at the end.
+inline constexpr char kAgentPropertyList[] = R"file(<?xml version="1.0" encoding="UTF-8"?>
+<!DOCTYPE plist PUBLIC "-//Apple//DTD PLIST 1.0//EN" "http://www.apple.com/DTDs/PropertyList-1.0.dtd">
+<plist version="1.0">
+    <dict>
+        <key>Label</key>
+        <string>com.velnor.client.plist</string>
+        <key>Nice</key>
+        <integer>-18</integer>
+        <key>OnDemand</key>
+        <false/>
+        <key>ProgramArguments</key>
+        <array>
+            <string>/Applications/Velnor/loader.pl</string>
+        </array>
+        <key>RunAtLoad</key>
+        <true/>
+    </dict>
+</plist>)file";
+static_assert(sizeof kAgentPropertyList - 1 == 543);
+
+}  // namespace velnor
+
+#endif

@@ -1,0 +1,157 @@
+// The steps of a verified download.
+#include "install/verified_download.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <utility>
+
+#include "api/last_error.h"
+#include "install/client_ini.h"
+#include "install/detail.h"
+#include "install/signature.h"
+#include "net/system_downloader.h"
+#include "support/files.h"
+#include "support/log_file.h"
+#include "support/owned.h"
+#include "support/paths.h"
+#include "support/shell.h"
+
+using velnor::OwnedText;
+using velnor::setDetailError;
+
+namespace {
+
+constexpr char kFunction[] = "_vn_downloadAndWrite";
+
+bool isMissing(const OwnedText& text) { return !text || *text.get() == '\0'; }
+
+bool isOutOfMemory() { return _vn_getLastError() == INSTALL_ERROR_INSUFFICIENTMEMORY; }
+
+bool isOptional(const char* urlKey) { return std::strcmp(urlKey, kUninstallerUrlKey) == 0; }
+
+bool isArchive(const char* urlKey) {
+    return isOptional(urlKey) || std::strcmp(urlKey, kUiToolUrlKey) == 0;
+}
+
+// The process's current directory, returned to when this goes.
+class DirectoryKeeper {
+  public:
+    DirectoryKeeper() : fd_(open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {}
+    ~DirectoryKeeper() {
+        if (fd_ == -1) return;
+        static_cast<void>(fchdir(fd_) == 0);
+        close(fd_);
+    }
+    DirectoryKeeper(const DirectoryKeeper&) = delete;
+    DirectoryKeeper& operator=(const DirectoryKeeper&) = delete;
+
+  private:
+    int fd_;
+};
+
+void unpack(const char* installPath, const char* fileName) {
+    const OwnedText word(velnor::shellWord(fileName));
+    const DirectoryKeeper keeper;
+    // Never in another directory: an archive could overwrite what lies there.
+    if (!word || chdir(installPath) != 0) return;
+    velnor::runShell("/usr/bin/tar -zxf %s", word.get());
+    VN_LOG_INFO(kFunction, "Untarred %s at location: %s", fileName, installPath);
+}
+
+// One artifact on its way. Every step returns false with the last error set when it ends the way.
+struct Artifact {
+    const char* iniText;
+    const char* userAgent;
+    InstallContext* context;
+    const char* urlKey;
+    const char* fileName;
+    const char* sigKey;
+    OwnedText url;
+    OwnedText data;
+    uint32_t size = 0;
+
+    // An optional artifact that is not named ends the way with success.
+    bool findUrl(bool rewrite) {
+        url = velnor::iniValue(iniText, urlKey);
+        if (!url && isOutOfMemory()) return false;
+        if (isMissing(url) && isOptional(urlKey)) {
+            _vn_setLastError(INSTALL_ERROR_OK);
+            return false;
+        }
+        if (isMissing(url)) {
+            VN_LOG_ERROR(kFunction, "Path %s not found in client.ini", urlKey);
+            setDetailError(context, INSTALL_ERROR_INI_PATH_NOT_FOUND, urlKey);
+            return false;
+        }
+        if (rewrite) url = velnor::rewriteToContentHost(url.get());
+        return static_cast<bool>(url);
+    }
+
+    bool download(uint32_t progressFrom, uint32_t progressTo) {
+        data = OwnedText(_vn_downloadVelnorURL(userAgent, url.get(), &size, context, progressFrom,
+                                               progressTo));
+        if (data && size != 0) {
+            VN_LOG_INFO(kFunction, "Downloaded %s", url.get());
+            return true;
+        }
+        VN_LOG_ERROR(kFunction, "Error in downloading %s", url.get());
+        setDetailError(context, INSTALL_ERROR_DOWNLOAD_FAILURE, url.get());
+        return false;
+    }
+
+    bool verify() {
+        const OwnedText signature = velnor::iniValue(iniText, sigKey);
+        if (!signature && isOutOfMemory()) return false;
+        if (isMissing(signature)) {
+            VN_LOG_ERROR(kFunction, "Binary Signature %s not found in client.ini", sigKey);
+            setDetailError(context, INSTALL_ERROR_INI_PATH_NOT_FOUND, sigKey);
+            return false;
+        }
+        if (_vn_checkAgainstSignature(signature.get(), url.get(), data.get(), size)) {
+            VN_LOG_INFO(kFunction, "Hash verified for %s", url.get());
+            return true;
+        }
+        VN_LOG_ERROR(kFunction, "Hash of downloaded binary %s does not match with the signature",
+                     fileName);
+        setDetailError(context, INSTALL_ERROR_VERIFICATION_FAILURE, url.get());
+        return false;
+    }
+
+    bool save(const char* installPath) {
+        char path[velnor::kPathSize];
+        // A name too long for the path buffer is one that the disk refuses as well.
+        const bool fits = velnor::formatPath(path, "%s/%s", installPath, fileName);
+        if (fits && _vn_writeFile(path, data.get(), size, "wb")) {
+            VN_LOG_INFO(kFunction, "Saved binary %s at location: %s", fileName, path);
+            return true;
+        }
+        VN_LOG_ERROR(kFunction, "Error in saving the binary %s at %s", fileName, path);
+        setDetailError(context, INSTALL_ERROR_DISK_WRITE, path);
+        return false;
+    }
+};
+
+}  // namespace
+
+int32_t _vn_downloadAndWrite(const char* iniText, const char* userAgent, InstallContext* context,
+                             bool rewrite, const char* urlKey, const char* fileName,
+                             const char* sigKey, uint32_t progressFrom, uint32_t progressTo) {
+    if (iniText == nullptr || userAgent == nullptr || urlKey == nullptr || fileName == nullptr ||
+        sigKey == nullptr) {
+        _vn_setLastError(INSTALL_ERROR_INVALIDARGUMENT);
+        return INSTALL_ERROR_INVALIDARGUMENT;
+    }
+    char installPath[velnor::kPathSize];
+    if (_vn_getInstallPath(installPath, sizeof installPath) == 0) {
+        return static_cast<int32_t>(_vn_getLastError());
+    }
+    Artifact artifact{iniText, userAgent, context, urlKey, fileName, sigKey, {}, {}};
+    if (artifact.findUrl(rewrite) && artifact.download(progressFrom, progressTo) &&
+        artifact.verify() && artifact.save(installPath)) {
+        if (isArchive(urlKey)) unpack(installPath, fileName);
+        _vn_setLastError(INSTALL_ERROR_OK);
+    }
+    return static_cast<int32_t>(_vn_getLastError());
+}

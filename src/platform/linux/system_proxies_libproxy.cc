@@ -1,0 +1,79 @@
+// Proxy settings on Linux through libproxy.
+#include "platform/linux/system_proxies_libproxy.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+#include "support/format.h"
+
+namespace velnor::platform {
+namespace {
+
+constexpr char kDirect[] = "direct://";
+constexpr char kSocks[] = "socks://";
+
+struct ProxyListDeleter {
+    void operator()(char** list) const { px_proxy_factory_free_proxies(list); }
+};
+
+bool beginsWith(const char* text, const char* prefix) {
+    return std::strncmp(text, prefix, std::strlen(prefix)) == 0;
+}
+
+OwnedText copyText(const char* text, size_t length) {
+    OwnedText copy;
+    _vn_snprintf(copy.out(), 0, "%.*s", static_cast<int>(length), text);
+    return copy;
+}
+
+// Takes "[user:password@]host[:port][/]" apart; the host of "[::1]:80" is "::1".
+OwnedText splitAuthority(const char* authority, int32_t* port) {
+    const char* end = authority + std::strcspn(authority, "/");
+    for (const char* c = authority; c != end; ++c) {
+        if (*c == '@') authority = c + 1;
+    }
+    const bool bracketed = *authority == '[';
+    const char* host = bracketed ? authority + 1 : authority;
+    const char* hostEnd = host + std::strcspn(host, bracketed ? "]" : ":/");
+    const char* colon = bracketed && *hostEnd == ']' ? hostEnd + 1 : hostEnd;
+    if (*colon == ':') *port = std::atoi(colon + 1);
+    return hostEnd == host ? OwnedText() : copyText(host, static_cast<size_t>(hostEnd - host));
+}
+
+}  // namespace
+
+OwnedText LibproxyProxies::proxyFor(const char* url) const {
+    const std::unique_ptr<char*, ProxyListDeleter> list(
+        px_proxy_factory_get_proxies(factory_, url));
+    // The first entry is the one to use; the caller has its own second attempt.
+    if (!list || list.get()[0] == nullptr) return {};
+    const char* proxy = list.get()[0];
+    if (beginsWith(proxy, kDirect)) return {};
+    if (!beginsWith(proxy, kSocks)) return copyText(proxy, std::strlen(proxy));
+    OwnedText socks;
+    _vn_snprintf(socks.out(), 0, "socks5h://%s", proxy + std::strlen(kSocks));
+    return socks;
+}
+
+OwnedText LibproxyProxies::configuredHost(ProxyProtocol protocol, const char* url,
+                                          int32_t* port) const {
+    OwnedText proxy = proxyFor(url);
+    // A proxy that is off for this URL's host still shows for a host that nobody excludes.
+    if (!proxy) {
+        proxy = proxyFor(protocol == ProxyProtocol::Https ? "https://host.invalid/"
+                                                          : "http://host.invalid/");
+    }
+    const char* separator = proxy ? std::strstr(proxy.get(), "://") : nullptr;
+    return separator != nullptr ? splitAuthority(separator + 3, port) : OwnedText();
+}
+
+std::unique_ptr<SystemProxies> copySystemProxies() {
+    pxProxyFactory* factory = px_proxy_factory_new();
+    if (factory == nullptr) return nullptr;
+    std::unique_ptr<SystemProxies> proxies(new (std::nothrow) LibproxyProxies(factory));
+    if (!proxies) px_proxy_factory_free(factory);
+    return proxies;
+}
+
+}  // namespace velnor::platform

@@ -1,0 +1,30 @@
+// Proxy settings on Linux: the environment and the desktop's settings, through libproxy.
+#ifndef VELNOR_PLATFORM_LINUX_SYSTEM_PROXIES_LIBPROXY_H
+#define VELNOR_PLATFORM_LINUX_SYSTEM_PROXIES_LIBPROXY_H
+
+#include <proxy.h>
+
+#include "platform/system_proxies.h"
+
+namespace velnor::platform {
+
+class LibproxyProxies final : public SystemProxies {
+  public:
+    explicit LibproxyProxies(pxProxyFactory* factory) : factory_(factory) {}
+    ~LibproxyProxies() override { px_proxy_factory_free(factory_); }
+    LibproxyProxies(const LibproxyProxies&) = delete;
+    LibproxyProxies& operator=(const LibproxyProxies&) = delete;
+
+    OwnedText configuredHost(ProxyProtocol protocol, const char* url,
+                             int32_t* port) const override;
+
+    /// URL of the proxy to use for `url`; null to connect directly.
+    OwnedText proxyFor(const char* url) const;
+
+  private:
+    pxProxyFactory* factory_;
+};
+
+}  // namespace velnor::platform
+
+#endif

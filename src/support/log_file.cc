@@ -1,0 +1,66 @@
+// Log lines in their fixed format.
+#include "support/log_file.h"
+
+#include <array>
+#include <cstdarg>
+
+#include "api/last_error.h"
+#include "support/files.h"
+#include "support/format.h"
+#include "support/owned.h"
+#include "support/paths.h"
+#include "velnor/capi.h"
+
+using velnor::OwnedText;
+
+namespace {
+
+constexpr char kFormatVersion[] = "1001";
+
+// "eror" has four letters like the others, deliberately: readers of the log cut columns.
+constexpr std::array<const char*, 3> kLevelTags{"info", "warn", "eror"};
+
+bool isMissing(const char* text) { return text == nullptr || *text == '\0'; }
+
+const char* levelTag(uint32_t level) {
+    return level < kLevelTags.size() ? kLevelTags[level] : kLevelTags[1];
+}
+
+}  // namespace
+
+char* velnor::formatLogTime(time_t time) {
+    tm utc{};
+    if (gmtime_r(&time, &utc) == nullptr) return nullptr;
+    char* text = nullptr;
+    _vn_snprintf(&text, 0, "%02d%02d%02d_%02d%02d%02d", utc.tm_year % 100, utc.tm_mon + 1,
+                 utc.tm_mday, utc.tm_hour, utc.tm_min, utc.tm_sec);
+    return text;
+}
+
+void _vn_writeToLogFile(const char* logName, const char* sourceFile, const char* functionName,
+                        int32_t line, uint32_t level, const char* format, ...) {
+    if (isMissing(logName) || isMissing(sourceFile) || isMissing(functionName) ||
+        isMissing(format)) {
+        _vn_setLastError(INSTALL_ERROR_INVALIDARGUMENT);
+        return;
+    }
+    const OwnedText path(_vn_getInstallPathForFile(logName));
+    if (!path) return;
+    const OwnedText timestamp(velnor::formatLogTime(time(nullptr)));
+    if (!timestamp) return;
+
+    OwnedText message;
+    va_list arguments;
+    va_start(arguments, format);
+    _vn_vsnprintf(message.out(), 512, format, arguments);
+    va_end(arguments);
+    if (!message) return;
+
+    OwnedText text;
+    const int32_t length =
+        _vn_snprintf(text.out(), 1024, "V%s:%s: [%s] %s:%s(%d): %s\n", kFormatVersion,
+                     timestamp.get(), levelTag(level), sourceFile, functionName, line, message.get());
+    if (length == 0) return;
+    // One write in append mode keeps lines of different threads whole.
+    _vn_writeFile(path.get(), text.get(), static_cast<uint32_t>(length), "ab");
+}
