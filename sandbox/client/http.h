@@ -1,0 +1,22 @@
+// As much of HTTP as the stand-in client speaks.
+#ifndef SANDBOX_CLIENT_HTTP_H
+#define SANDBOX_CLIENT_HTTP_H
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace http {
+
+/// The target of a request's first line, or nothing when it is no GET.
+std::optional<std::string> targetOf(std::string_view head);
+
+/// Whether the query of `target` has the parameter NAME=VALUE, given as such.
+bool hasParameter(std::string_view target, std::string_view parameter);
+
+/// A whole reply that closes the connection after itself.
+std::string reply(std::string_view status, std::string_view body);
+
+}  // namespace http
+
+#endif

@@ -1,0 +1,75 @@
+// Codes, keys, states and keywords: numbers and texts that callers and the client depend on.
+#include "api/result_codes.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "api/file_status.h"
+#include "velnor/capi.h"
+
+namespace {
+
+TEST(ResultCodes, TextsOfDetailCodesHoldOnePlaceForTheDetailAndOthersNone) {
+    for (uint32_t code = 0; code < 30; ++code) {
+        const std::string text = vn_errorToString(code);
+        const bool detailed = code >= velnor::kFirstDetailCode && code <= velnor::kLastDetailCode;
+        const size_t place = text.find('%');
+        EXPECT_EQ(place != std::string::npos, detailed) << text;
+        if (detailed) {
+            EXPECT_EQ(text.substr(place, 2), "%s");
+            EXPECT_EQ(text.find('%', place + 1), std::string::npos);
+        }
+    }
+}
+
+TEST(ResultCodes, OnlyTheLastThreeHaveNoKeyOfTheirOwn) {
+    EXPECT_STREQ(velnor::resultKey(0), "INSTALL_ERROR_OK");
+    EXPECT_STREQ(velnor::resultKey(INSTALL_ERROR_FILE_NOT_FOUND), "FILE_NOT_FOUND");
+    EXPECT_STREQ(velnor::resultKey(21), "INSTALL_ERROR_VERIFICATION_FAILURE");
+    for (const uint32_t code : {22U, 24U, 25U, 4294967295U}) {
+        EXPECT_STREQ(velnor::resultKey(code), "INSTALL_ERROR_UNKNOWN") << code;
+    }
+}
+
+TEST(ResultCodes, NumbersAreFixed) {
+    EXPECT_STREQ(vn_errorToString(4), "Insufficient Memory");
+    EXPECT_STREQ(vn_errorToString(13), "File Not Found");
+    EXPECT_STREQ(vn_errorToString(21), "%s failed verification");
+    EXPECT_STREQ(vn_errorToString(24), "File download was reset");
+    EXPECT_STREQ(vn_errorToString(25), "Unknown Error");
+    EXPECT_STREQ(vn_errorToString(4294967295U), "Unknown Error");
+}
+
+TEST(FileStatus, EveryKeywordLeadsToItsValueAndTextInAnyLetterCase) {
+    const struct {
+        const char* keyword;
+        int32_t value;
+        const char* text;
+    } rows[] = {
+        {"SEARCHING", 1, "Searching"},       {"waiting", 2, "Waiting"},
+        {"Downloading", 3, "Downloading"},   {"PAUSED", 4, "Paused"},
+        {"complete", 5, "Complete"},         {"InsufficientDiskSpace", 6, "Insufficient Disk Space"},
+        {"DISCONNECTED", 7, "Disconnected"}, {"NOTFOUND", 8, "Not Found"},
+        {"MOVING", 9, "Moving"},             {"FORBIDDEN", 10, "Forbidden"},
+    };
+    for (const auto& row : rows) {
+        int32_t status = 0;
+        EXPECT_TRUE(_vn_fileStatusFromKeyword(row.keyword, &status)) << row.keyword;
+        EXPECT_EQ(status, row.value) << row.keyword;
+        EXPECT_STREQ(vn_fileStatusToString(status), row.text);
+    }
+    for (const int32_t unknown : {-1, 0, 11}) {
+        EXPECT_STREQ(vn_fileStatusToString(unknown), "Unknown State");
+    }
+}
+
+TEST(FileStatus, UnknownKeywordLeavesTheStatus) {
+    for (const char* keyword : {"", "COMPLETED", "COMPLET"}) {
+        int32_t status = 7;
+        EXPECT_FALSE(_vn_fileStatusFromKeyword(keyword, &status)) << keyword;
+        EXPECT_EQ(status, 7);
+    }
+}
+
+}  // namespace

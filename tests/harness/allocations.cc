@@ -1,0 +1,59 @@
+// The linker sends malloc and realloc of the objects in the test through here.
+#include "harness/allocations.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+thread_local bool t_watching = false;
+thread_local size_t t_number = 0;
+thread_local size_t t_count = 0;
+thread_local size_t t_largest = 0;
+
+bool fails(size_t size) {
+    if (!t_watching) return false;
+    t_largest = std::max(t_largest, size);
+    return ++t_count == t_number;
+}
+
+}  // namespace
+
+extern "C" {
+void* __real_malloc(size_t size);
+void* __real_realloc(void* block, size_t size);
+
+void* __wrap_malloc(size_t size) { return fails(size) ? nullptr : __real_malloc(size); }
+void* __wrap_realloc(void* block, size_t size) {
+    return fails(size) ? nullptr : __real_realloc(block, size);
+}
+}
+
+// The engine's own objects come from here; what throws is for the tests.
+void* operator new(size_t size, const std::nothrow_t&) noexcept {
+    return fails(size) ? nullptr : __real_malloc(size);
+}
+void operator delete(void* block) noexcept { std::free(block); }
+void operator delete(void* block, size_t) noexcept { std::free(block); }
+void* operator new(size_t size) {
+    if (void* block = __real_malloc(size)) return block;
+    throw std::bad_alloc();
+}
+
+namespace harness {
+
+FailingAllocation::FailingAllocation(size_t number) {
+    t_number = number;
+    t_count = t_largest = 0;
+    t_watching = true;
+}
+
+FailingAllocation::~FailingAllocation() { t_watching = false; }
+
+size_t FailingAllocation::count() const { return t_count; }
+size_t FailingAllocation::largest() const { return t_largest; }
+bool FailingAllocation::happened() const { return t_number != 0 && t_count >= t_number; }
+
+}  // namespace harness

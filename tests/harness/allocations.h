@@ -1,0 +1,28 @@
+// Makes allocations of the code under test fail, one at a time. Works for what is linked statically
+// into the test, so the libraries beneath keep theirs.
+#ifndef TESTS_HARNESS_ALLOCATIONS_H
+#define TESTS_HARNESS_ALLOCATIONS_H
+
+#include <cstddef>
+
+namespace harness {
+
+/// While it lives, the `number`-th allocation (from 1) of this thread fails; 0 only counts.
+class FailingAllocation {
+  public:
+    explicit FailingAllocation(size_t number);
+    ~FailingAllocation();
+    FailingAllocation(const FailingAllocation&) = delete;
+    FailingAllocation& operator=(const FailingAllocation&) = delete;
+
+    /// Allocations so far, and bytes of the largest one.
+    size_t count() const;
+    size_t largest() const;
+
+    /// True when the chosen allocation was reached.
+    bool happened() const;
+};
+
+}  // namespace harness
+
+#endif

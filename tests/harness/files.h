@@ -1,0 +1,37 @@
+// Files as tests write, read and look for them.
+#ifndef TESTS_HARNESS_FILES_H
+#define TESTS_HARNESS_FILES_H
+
+#include <string>
+#include <vector>
+
+namespace harness {
+
+inline const std::string kInstallPath = "/Applications/Velnor";
+
+/// Path of a file in the install directory.
+inline std::string installed(const std::string& name) { return kInstallPath + "/" + name; }
+
+/// Creates the install directory, as an installation does before its other files.
+void makeInstallDirectory();
+
+void writeFile(const std::string& path, const std::string& content);
+
+/// Content of the file; empty when there is none.
+std::string readFile(const std::string& path);
+
+bool exists(const std::string& path);
+
+/// Replaces `path` by a file on a full disk: it can be opened, and what is written is lost.
+void putOnFullDisk(const std::string& path);
+
+/// Permission bits of the file.
+unsigned modeOf(const std::string& path);
+
+/// Messages of installer.txt in order, each as "[level] function: message". A line that is not in
+/// the log's format fails the test.
+std::vector<std::string> logMessages();
+
+}  // namespace harness
+
+#endif

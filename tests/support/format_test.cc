@@ -1,0 +1,85 @@
+// The growing formatter, its memory, and the owner of what it makes.
+#include "support/format.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "api/last_error.h"
+#include "harness/allocations.h"
+#include "support/memory.h"
+#include "support/owned.h"
+#include "velnor/capi.h"
+
+namespace {
+
+TEST(Snprintf, GrowsToFitInAsManyAllocationsAsItNeeds) {
+    const struct {
+        int32_t size;
+        int32_t length;
+        size_t allocations;
+        size_t largest;
+    } rows[] = {
+        {0, 255, 1, 256}, {0, 256, 2, 257},     {0, 300, 2, 301},
+        {1024, 3, 1, 1024}, {1, 5, 2, 6}, {-7, 3, 1, 256},
+    };
+    for (const auto& row : rows) {
+        const std::string text(static_cast<size_t>(row.length), 'x');
+        velnor::OwnedText out;
+        const harness::FailingAllocation watch(0);
+        EXPECT_EQ(_vn_snprintf(out.out(), row.size, "%s", text.c_str()), row.length);
+        EXPECT_EQ(watch.count(), row.allocations) << row.length;
+        EXPECT_EQ(watch.largest(), row.largest) << row.length;
+        EXPECT_EQ(out.get(), text);
+    }
+}
+
+TEST(Snprintf, EmptyTextIsNoFailure) {
+    velnor::OwnedText out;
+    EXPECT_EQ(_vn_snprintf(out.out(), 0, "%s", ""), 0);
+    EXPECT_STREQ(out.get(), "");
+}
+
+TEST(Snprintf, AFailedAllocationStoresNull) {
+    const std::string text(300, 'x');
+    for (const size_t number : {1U, 2U}) {
+        char start = 'x';
+        char* out = &start;
+        _vn_setLastError(0);
+        const harness::FailingAllocation fail(number);
+        EXPECT_EQ(_vn_snprintf(&out, 0, "%s", text.c_str()), 0);
+        EXPECT_EQ(out, nullptr);
+        EXPECT_EQ(_vn_getLastError(), INSTALL_ERROR_INSUFFICIENTMEMORY + 0U);
+    }
+}
+
+TEST(Snprintf, ATextThatCanNeverBeFormattedEndsAsAFailedAllocation) {
+    const wchar_t unencodable[] = {static_cast<wchar_t>(0x7fffffff), 0};
+    char* out = nullptr;
+    EXPECT_EQ(_vn_snprintf(&out, 0, "%ls", unencodable), 0);
+    EXPECT_EQ(out, nullptr);
+    EXPECT_EQ(_vn_getLastError(), INSTALL_ERROR_INSUFFICIENTMEMORY + 0U);
+}
+
+TEST(Free, IsSafeAtBothLevelsAndTwiceInARow) {
+    void** none = nullptr;
+    _vn_free(none);
+    void* block = _vn_malloc(10);
+    ASSERT_NE(block, nullptr);
+    _vn_free(&block);
+    EXPECT_EQ(block, nullptr);
+    _vn_free(&block);
+}
+
+TEST(Owned, HandsOverExactlyOnce) {
+    velnor::OwnedText first(static_cast<char*>(_vn_malloc(8)));
+    char* block = first.get();
+    velnor::OwnedText second(std::move(first));
+    EXPECT_FALSE(first);
+    EXPECT_EQ(second.get(), block);
+    second = velnor::OwnedText();
+    char* released = second.release();
+    EXPECT_EQ(released, nullptr);
+}
+
+}  // namespace
