@@ -36,13 +36,13 @@ typedef enum InstallResult {
     INSTALL_ERROR_FILEINUSE = 12,
     INSTALL_ERROR_FILE_NOT_FOUND = 13,
     INSTALL_ERROR_CLIENT_NOTRESPONDING = 14,
-    INSTALL_ERROR_DOWNLOAD_FAILURE = 15,      /* detail: the URL */
-    INSTALL_ERROR_DISK_WRITE = 16,            /* detail: the path */
-    INSTALL_ERROR_INI_PATH_NOT_FOUND = 17,    /* detail: the client.ini key */
-    INSTALL_ERROR_INI_PARSE_ERR = 18,         /* detail: the value that could not be parsed */
-    INSTALL_ERROR_DISK_PATH_OPEN = 19,        /* detail: the path */
-    INSTALL_ERROR_FILE_ACCESS = 20,           /* detail: the path */
-    INSTALL_ERROR_VERIFICATION_FAILURE = 21,  /* detail: the URL of the artifact */
+    INSTALL_ERROR_DOWNLOAD_FAILURE = 15,     /* detail: the URL */
+    INSTALL_ERROR_DISK_WRITE = 16,           /* detail: the path */
+    INSTALL_ERROR_INI_PATH_NOT_FOUND = 17,   /* detail: the client.ini key */
+    INSTALL_ERROR_INI_PARSE_ERR = 18,        /* detail: the value that could not be parsed */
+    INSTALL_ERROR_DISK_PATH_OPEN = 19,       /* detail: the path */
+    INSTALL_ERROR_FILE_ACCESS = 20,          /* detail: the path */
+    INSTALL_ERROR_VERIFICATION_FAILURE = 21, /* detail: the URL of the artifact */
     INSTALL_ERROR_ALREADY_DOWNLOADED = 22,
     INSTALL_ERROR_THROTTLED = 23,
     INSTALL_ERROR_DOWNLOAD_RESET = 24
@@ -64,7 +64,8 @@ typedef enum FileStatus {
 } FileStatus;
 
 /* Receives the progress of an installation in percent (0 to 100); `reserved` is always 0. Called on
- * the thread that runs vn_install; handing the value to a user interface is the receiver's affair. */
+ * the thread that runs vn_install; handing the value to a user interface is the receiver's affair.
+ */
 typedef void (*InstallProgress)(uint32_t percentage, uint32_t reserved);
 
 /* Bytes that vn_install takes InstallContext.errorDetail to hold, terminator included. */
@@ -74,9 +75,9 @@ typedef void (*InstallProgress)(uint32_t percentage, uint32_t reserved);
 typedef struct InstallContext {
     uint32_t structSize;      /* sizeof(InstallContext); not examined in this version */
     InstallProgress progress; /* mandatory */
-    char* errorDetail;        /* null, or VN_ERROR_DETAIL_SIZE bytes owned by the caller; receives the
-                                 detail text of codes 15 to 21, cut to fit and NUL-terminated */
-    void* reserved[3];        /* null */
+    char* errorDetail; /* null, or VN_ERROR_DETAIL_SIZE bytes owned by the caller; receives the
+                          detail text of codes 15 to 21, cut to fit and NUL-terminated */
+    void* reserved[3]; /* null */
 } InstallContext;
 
 /*
@@ -89,10 +90,10 @@ typedef struct InstallContext {
  *   eula     name of the EULA that the user accepted, or null for no record.
  *   context  progress and detail, or null for neither.
  *
- * Returns 0, or -1 with one of these codes: 1 appName null, or context without progress; 3 internal;
- * 4 memory; 8 the launch agent could not be written; 9 the client could not be started; 14 it never
- * answered; and with errorDetail 15 to 18, 20 and 21, without it the plain codes 5 (network,
- * verification), 6 (client.ini) and 7 (disk). What earlier steps wrote stays on the disk.
+ * Returns 0, or -1 with one of these codes: 1 appName null, or context without progress; 3
+ * internal; 4 memory; 8 the launch agent could not be written; 9 the client could not be started;
+ * 14 it never answered; and with errorDetail 15 to 18, 20 and 21, without it the plain codes 5
+ * (network, verification), 6 (client.ini) and 7 (disk). What earlier steps wrote stays on the disk.
  */
 int32_t vn_install(const char* appName, int32_t cid, const char* eula, InstallContext* context);
 
@@ -108,8 +109,8 @@ int32_t vn_install(const char* appName, int32_t cid, const char* eula, InstallCo
  */
 int32_t vn_acceptEULA(int32_t cid, const char* eulaText, uint32_t reserved);
 
-/* English text of an InstallResult code; "Unknown Error" for any other number. The texts of codes 15
- * to 21 hold one "%s" that stands for the detail. Static storage, never null. Sets no code. */
+/* English text of an InstallResult code; "Unknown Error" for any other number. The texts of codes
+ * 15 to 21 hold one "%s" that stands for the detail. Static storage, never null. Sets no code. */
 const char* vn_errorToString(uint32_t code);
 
 /* English text of a FileStatus; "Unknown State" for any other number. Static storage, never null.

@@ -33,8 +33,7 @@ constexpr std::array<ResultCode, 25> kResultCodes{{
      "A resource on your machine (TCP port 9421) required by the Corvane client is either blocked "
      "or in use by another application. Please check your firewall and antivirus settings"},
     {"INSTALL_ERROR_DOWNLOAD_FAILURE", "Network Failure. Failed to download %s"},
-    {"INSTALL_ERROR_DISK_WRITE",
-     "Disk I/O Failure: Failed in writing contents of file %s to disk"},
+    {"INSTALL_ERROR_DISK_WRITE", "Disk I/O Failure: Failed in writing contents of file %s to disk"},
     {"INSTALL_ERROR_INI_PATH_NOT_FOUND", "Client.ini Failure: %s path not found"},
     {"INSTALL_ERROR_INI_PARSE_ERR", "Client.ini Failure: Error in parsing path %s"},
     {"INSTALL_ERROR_DISK_PATH_OPEN", "Disk I/O Failure: Unable to open path %s"},

@@ -23,15 +23,16 @@ constexpr char kPing[] = "GET /api?function=ping&cid=0 HTTP/1.1\r\nHost: 127.0.0
 
 constexpr bool kWithErrno = true;
 constexpr bool kPlain = false;
-// Failures that pass this leave the socket open, deliberately: the probe's failure reports are fixed
-// down to what they close, and a probe that gives up leaves its half-made connection to the process.
+// Failures that pass this leave the socket open, deliberately: the probe's failure reports are
+// fixed down to what they close, and a probe that gives up leaves its half-made connection to the
+// process.
 constexpr int kLeaveOpen = -1;
 
 enum class Direction { Read, Write };
 
-// Waits up to 1 second for the socket. Once a signal has interrupted a select, selects with the same
-// sets repeat until one fails for another reason, deliberately: nothing but the next round clears the
-// mark, so a half-observed connection never counts as an answer.
+// Waits up to 1 second for the socket. Once a signal has interrupted a select, selects with the
+// same sets repeat until one fails for another reason, deliberately: nothing but the next round
+// clears the mark, so a half-observed connection never counts as an answer.
 int waitFor(int fd, Direction direction) {
     fd_set readSet;
     fd_set writeSet;
@@ -89,18 +90,21 @@ bool prepareSocket(int* fd, sockaddr_in* address, std::string& message) {
     return true;
 }
 
-// Waits for a connection in progress, in rounds of one select each.
-bool awaitConnection(int fd, std::string& message) {
+// Waits for a connection in progress, in rounds of one select each. `early` is an error that was
+// pending before: the system reports it once, so the first round takes it as its own.
+bool awaitConnection(int fd, int early, std::string& message) {
     for (int round = 0; round < kConnectRounds; ++round) {
         const int ready = waitFor(fd, Direction::Write);
         if (ready == 0) {
-            return findClientFailed(message, "Timeout trying to connect to EUC client. ", kPlain, fd);
+            return findClientFailed(message, "Timeout trying to connect to EUC client. ", kPlain,
+                                    fd);
         }
         if (ready < 0) return findClientFailed(message, "Select failed: ", kWithErrno, fd);
         int error = 0;
         if (pendingError(fd, &error) != 0) {
             return findClientFailed(message, "getsockopt() failed: ", kWithErrno, fd);
         }
+        if (error == 0) error = std::exchange(early, 0);
         if (error == 0) return true;
         if (error == ECONNREFUSED) {
             return findClientFailed(message,
@@ -123,10 +127,9 @@ bool connectToClient(int* fd, std::string& message) {
     if (errno != EAGAIN && errno != EINPROGRESS) {
         return findClientFailed(message, "Error Connecting to client: ", kWithErrno, kLeaveOpen);
     }
-    // Read for the sake of reading: it clears an error that an earlier round left behind.
-    int ignored = 0;
-    pendingError(*fd, &ignored);
-    return awaitConnection(*fd, message);
+    int early = 0;
+    pendingError(*fd, &early);
+    return awaitConnection(*fd, early, message);
 }
 
 bool sendPing(int fd, std::string& message) {
@@ -150,9 +153,8 @@ bool sendPing(int fd, std::string& message) {
 bool receiveReply(int& fd, std::string& reply, std::string& message) {
     const int ready = waitFor(fd, Direction::Read);
     if (ready == 0) {
-        return findClientFailed(message,
-                                "Timeout getting response from EUC client, try restarting.", kPlain,
-                                fd);
+        return findClientFailed(
+            message, "Timeout getting response from EUC client, try restarting.", kPlain, fd);
     }
     if (ready < 0) return findClientFailed(message, "Select failed to read: ", kWithErrno, fd);
     char buffer[1024];
@@ -178,8 +180,7 @@ bool pingLoadedClient(int& fd, std::string& message) {
 }
 
 FILE* openListing() {
-    static constexpr char kCommand[] =
-        "/bin/launchctl list com.velnor.client.plist 2>/dev/null";
+    static constexpr char kCommand[] = "/bin/launchctl list com.velnor.client.plist 2>/dev/null";
     // Both ways where the system's pipes go both ways; elsewhere that mode is refused.
     FILE* pipe = popen(kCommand, "r+");
     return pipe != nullptr ? pipe : popen(kCommand, "r");

@@ -16,15 +16,15 @@ inline constexpr char kUninstallerSignatureKey[] = "MacOSUninstallerSig=";
 
 namespace velnor {
 
-/// The value of `key` in client.ini, or empty. An empty one leaves the last error at 4 when it is for
-/// want of memory, and at 3 when the key is not there.
+/// The value of `key` in client.ini, or empty. An empty one leaves the last error at 4 when it is
+/// for want of memory, and at 3 when the key is not there.
 OwnedText iniValue(const char* iniText, const char* key);
 
 /// True when the content-host rewrite is switched on: by "true" exactly.
 bool isRewriteOn(const char* iniText);
 
-/// The file name at the end of an artifact's URL, after its last "/" or "=", within `url`. Null when
-/// no file can have it: it is empty, "." or "..".
+/// The file name at the end of an artifact's URL, after its last "/" or "=", within `url`. Null
+/// when no file can have it: it is empty, "." or "..".
 const char* fileNameOf(const char* url);
 
 /// `url` on the content host: behind "://" comes the host's name and "/", then the old rest. A URL

@@ -13,10 +13,13 @@ InstallResult plainCode(InstallResult code) {
         case INSTALL_ERROR_DOWNLOAD_FAILURE:
         // The network code for a failed verification too, deliberately: callers without a detail
         // treat an artifact that is not the maker's as one that did not arrive.
-        case INSTALL_ERROR_VERIFICATION_FAILURE: return INSTALL_ERROR_NETWORK;
+        case INSTALL_ERROR_VERIFICATION_FAILURE:
+            return INSTALL_ERROR_NETWORK;
         case INSTALL_ERROR_INI_PATH_NOT_FOUND:
-        case INSTALL_ERROR_INI_PARSE_ERR: return INSTALL_ERROR_INI;
-        default: return INSTALL_ERROR_DISK;
+        case INSTALL_ERROR_INI_PARSE_ERR:
+            return INSTALL_ERROR_INI;
+        default:
+            return INSTALL_ERROR_DISK;
     }
 }
 

@@ -53,8 +53,8 @@ constexpr char kHeaderFormat[] =
     "#                                                    Velnor Client Engineering\n";
 
 // 1394 bytes with addresses of 75 bytes together; only the addresses differ between deployments.
-constexpr size_t kAddressesSize = sizeof velnor::deployment::kWebAddress - 1 +
-                                  sizeof velnor::deployment::kSupportAddress - 1;
+constexpr size_t kAddressesSize =
+    sizeof velnor::deployment::kWebAddress - 1 + sizeof velnor::deployment::kSupportAddress - 1;
 constexpr size_t kHeaderSize = sizeof kHeaderFormat - 1 - 2 * (sizeof "%s" - 1) + kAddressesSize;
 static_assert(kHeaderSize - kAddressesSize == 1394 - 75);
 
@@ -78,8 +78,8 @@ RandomBytes readRandomBytes(uint8_t* bytes, size_t size) {
 bool save(const char* path, const char* guid) {
     OwnedText header;
     OwnedText text;
-    if (_vn_snprintf(header.out(), kHeaderSize + 1, kHeaderFormat,
-                     velnor::deployment::kWebAddress, velnor::deployment::kSupportAddress) == 0) {
+    if (_vn_snprintf(header.out(), kHeaderSize + 1, kHeaderFormat, velnor::deployment::kWebAddress,
+                     velnor::deployment::kSupportAddress) == 0) {
         return false;
     }
     const int32_t size = _vn_snprintf(text.out(), 0, "%s%s", guid, header.get());

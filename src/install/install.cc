@@ -62,9 +62,7 @@ class Installation {
         if (eula_ != nullptr) vn_acceptEULA(cid_, eula_, 0);
     }
 
-    static bool isOutOfMemory() {
-        return _vn_getLastError() == INSTALL_ERROR_INSUFFICIENTMEMORY;
-    }
+    static bool isOutOfMemory() { return _vn_getLastError() == INSTALL_ERROR_INSUFFICIENTMEMORY; }
 
     static bool fail(InstallResult code) {
         _vn_setLastError(code);
@@ -88,8 +86,8 @@ class Installation {
             return false;
         }
         report(15);
-        ini_ = OwnedText(_vn_downloadVelnorURL(userAgent_.get(), url.get(), &iniSize_, nullptr, 15,
-                                               25));
+        ini_ = OwnedText(
+            _vn_downloadVelnorURL(userAgent_.get(), url.get(), &iniSize_, nullptr, 15, 25));
         if (ini_ && iniSize_ != 0) return true;
         VN_LOG_ERROR(kFunction, "Failed in downloading client.ini");
         return failWithDetail(INSTALL_ERROR_DOWNLOAD_FAILURE, url.get());

@@ -8,9 +8,9 @@
 // it is unset or empty. A home whose paths do not fit kPathSize makes them fail before anything is
 // written or run.
 
-/// Writes loader.pl to `installPath` and the property list to the user's Library/LaunchAgents, which
-/// is created when missing. False when either file cannot be created; an incomplete one is logged
-/// and no failure. Leaves codes of its helpers only.
+/// Writes loader.pl to `installPath` and the property list to the user's Library/LaunchAgents,
+/// which is created when missing. False when either file cannot be created; an incomplete one is
+/// logged and no failure. Leaves codes of its helpers only.
 bool _vn_mac_addStartupItem(const char* installPath);
 
 /// Loads (unloads) the agent: launchd starts (stops) the client. Returns 1 whatever launchctl says;

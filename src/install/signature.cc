@@ -56,7 +56,7 @@ SignatureCheck decodeKey(OwnedBytes* der) {
     if (!*der) return SignatureCheck::NoKeyMemory;
     uint32_t size = kKeySize;
     return _vn_fromHex(deployment::kPublicKeyHex, der->get(), &size) ? SignatureCheck::Verified
-                                                                    : SignatureCheck::NoKeyValue;
+                                                                     : SignatureCheck::NoKeyValue;
 }
 
 // Decrypts the signature with the built-in key and stores the result as hex text; an undecryptable
@@ -75,8 +75,8 @@ SignatureCheck _vn_mac_cryptPublicKeyDecrypt(const uint8_t* signature, uint32_t 
                                          decrypted.get(), key.get(), RSA_PKCS1_PADDING);
     ERR_clear_error();  // the thread's OpenSSL errors belong to its other users
     if (count == 0) return failWith(INSTALL_ERROR_INTERNAL, SignatureCheck::EmptySignature);
-    // Only an empty result is reported by a line of its own, deliberately; a signature that cannot be
-    // decrypted is one that does not match.
+    // Only an empty result is reported by a line of its own, deliberately; a signature that cannot
+    // be decrypted is one that does not match.
     if (count < 0) return SignatureCheck::Mismatch;
     *decryptedHex->out() = _vn_toHex(decrypted.get(), static_cast<uint32_t>(count));
     return SignatureCheck::Verified;
@@ -143,7 +143,8 @@ int32_t _vn_checkAgainstSignature(const char* signatureHex, const char* url, con
                                   uint32_t size) {
     using velnor::SignatureCheck;
     const bool hasUrl = url != nullptr && *url != '\0';
-    const SignatureCheck check = velnor::checkSignature(hasUrl ? signatureHex : nullptr, data, size);
+    const SignatureCheck check =
+        velnor::checkSignature(hasUrl ? signatureHex : nullptr, data, size);
     velnor::logFailure(check, hasUrl ? url : "");
     return check == SignatureCheck::Verified ? 1 : 0;
 }

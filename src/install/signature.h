@@ -20,9 +20,9 @@ enum class SignatureCheck {
     EmptySignature,  // the signature is over no bytes
 };
 
-/// Compares the SHA-1 digest of `size` bytes at `data` with what `signatureHex` decrypts to: hex text
-/// of the RSA PKCS #1 v1.5 type 1 padded (RFC 8017, section 8.2), raw 20-byte digest, without the
-/// DigestInfo wrapper. Leaves code 1, 3 or 4 for some of the failures; writes nothing anywhere.
+/// Compares the SHA-1 digest of `size` bytes at `data` with what `signatureHex` decrypts to: hex
+/// text of the RSA PKCS #1 v1.5 type 1 padded (RFC 8017, section 8.2), raw 20-byte digest, without
+/// the DigestInfo wrapper. Leaves code 1, 3 or 4 for some of the failures; writes nothing anywhere.
 SignatureCheck checkSignature(const char* signatureHex, const void* data, uint32_t size);
 
 }  // namespace velnor

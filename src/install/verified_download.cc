@@ -90,8 +90,8 @@ struct Artifact {
     }
 
     bool download(uint32_t progressFrom, uint32_t progressTo) {
-        data = OwnedText(_vn_downloadVelnorURL(userAgent, url.get(), &size, context, progressFrom,
-                                               progressTo));
+        data = OwnedText(
+            _vn_downloadVelnorURL(userAgent, url.get(), &size, context, progressFrom, progressTo));
         if (data && size != 0) {
             VN_LOG_INFO(kFunction, "Downloaded %s", url.get());
             return true;

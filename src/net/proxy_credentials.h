@@ -5,9 +5,9 @@
 #include "platform/keychain.h"
 
 /// Looks up the account of the proxy that the system is configured with for the scheme of `url`, in
-/// the user's keychain. True with `credentials` filled; false for a URL that is neither "http://" nor
-/// "https://", without a configured proxy, and without an entry for its host, port and kind. Whether
-/// the proxy is switched on does not count.
+/// the user's keychain. True with `credentials` filled; false for a URL that is neither "http://"
+/// nor "https://", without a configured proxy, and without an entry for its host, port and kind.
+/// Whether the proxy is switched on does not count.
 bool _vn_mac_get_keychain_proxy_credentials(const char* url,
                                             velnor::platform::Credentials* credentials);
 

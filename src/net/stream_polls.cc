@@ -1,5 +1,5 @@
-// Polled waits. Each wait works on the stream for the length of a poll and returns when the answer is
-// known, so the counts bound the time and cost none.
+// Polled waits. Each wait works on the stream for the length of a poll and returns when the answer
+// is known, so the counts bound the time and cost none.
 #include "net/stream_polls.h"
 
 namespace velnor {

@@ -28,9 +28,9 @@ enum class Mode { Proxied, Direct };
 
 enum class Outcome {
     Done,
-    Repeat,     // the same attempt again, with credentials
-    Failed,     // the next attempt
-    NoMemory,   // no further attempt
+    Repeat,    // the same attempt again, with credentials
+    Failed,    // the next attempt
+    NoMemory,  // no further attempt
 };
 
 // Characters of a URI (RFC 3986, section 2); "%" only before two hexadecimal digits.
@@ -61,7 +61,8 @@ bool isHeaderText(const char* text) {
 // One attempt, of one or two requests.
 class Attempt {
   public:
-    Attempt(Mode mode, const char* userAgent, const char* url, const platform::SystemProxies* proxies)
+    Attempt(Mode mode, const char* userAgent, const char* url,
+            const platform::SystemProxies* proxies)
         : mode_(mode),
           url_(url),
           headers_{{{"User-Agent", userAgent}, {"Accept-Encoding", "gzip"}}},
@@ -85,9 +86,12 @@ class Attempt {
         const Outcome received = receive(*stream, &body);
         if (received != Outcome::Done) return received;
         switch (stream->responseCode()) {
-            case kOk: return deliver(*stream, &body, result, outSize);
-            case kProxyAuthenticationRequired: return authenticate(*stream);
-            default: return Outcome::Failed;
+            case kOk:
+                return deliver(*stream, &body, result, outSize);
+            case kProxyAuthenticationRequired:
+                return authenticate(*stream);
+            default:
+                return Outcome::Failed;
         }
     }
 
@@ -114,8 +118,8 @@ class Attempt {
         }
     }
 
-    // Prepares the answer to a 407. In direct mode credentials are looked up and never sent, so that
-    // a second 407 ends the attempt there too.
+    // Prepares the answer to a 407. In direct mode credentials are looked up and never sent, so
+    // that a second 407 ends the attempt there too.
     Outcome authenticate(const platform::HttpStream& stream) {
         if (authentication_) return Outcome::Failed;
         authentication_ = stream.proxyAuthentication();
@@ -123,7 +127,7 @@ class Attempt {
             return Outcome::Failed;
         }
         return _vn_mac_get_keychain_proxy_credentials(url_, &credentials_) ? Outcome::Repeat
-                                                                          : Outcome::Failed;
+                                                                           : Outcome::Failed;
     }
 
     static Outcome deliver(const platform::HttpStream& stream, ResponseBody* body,
@@ -133,8 +137,9 @@ class Attempt {
         if (!data) return Outcome::NoMemory;
         if (outSize != nullptr) *outSize = size;
         if (stream.hasResponseHeader("Content-Encoding", "gzip")) {
-            // Without `outSize` the count starts at 0 and the body counts as too short, deliberately:
-            // a caller that asks for no count wants text, and text is not served compressed.
+            // Without `outSize` the count starts at 0 and the body counts as too short,
+            // deliberately: a caller that asks for no count wants text, and text is not served
+            // compressed.
             uint32_t noCount = 0;
             data = inflateGzip(std::move(data), outSize != nullptr ? outSize : &noCount);
         }

@@ -39,9 +39,9 @@ class ProxyAuthentication {
 /// A request. All pointers stay the caller's and are valid for as long as the stream is.
 struct HttpRequest {
     const char* method;
-    const char* url;                      // absolute
-    std::span<const HttpHeader> headers;  // besides Host, all that is sent
-    const SystemProxies* proxies = nullptr;  // null: connect directly
+    const char* url;                                      // absolute
+    std::span<const HttpHeader> headers;                  // besides Host, all that is sent
+    const SystemProxies* proxies = nullptr;               // null: connect directly
     const ProxyAuthentication* authentication = nullptr;  // with credentials: answers a 407
     const Credentials* credentials = nullptr;
 };
@@ -64,8 +64,8 @@ class HttpStream {
     virtual void waitUntilOpen(int milliseconds) = 0;
     virtual void waitForBytes(int milliseconds) = 0;
 
-    /// Reads at most `size` body bytes, waiting without limit for the first. Returns their number, 0
-    /// at the end, -1 on failure (status Error).
+    /// Reads at most `size` body bytes, waiting without limit for the first. Returns their number,
+    /// 0 at the end, -1 on failure (status Error).
     virtual int32_t read(void* buffer, uint32_t size) = 0;
 
     /// Status code of the final response; 0 while there is none.

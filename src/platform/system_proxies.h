@@ -15,9 +15,9 @@ class SystemProxies {
     virtual ~SystemProxies() = default;
 
     /// Host and port of the proxy that is configured for `protocol`, whether or not it is switched
-    /// on, as far as the system knows such a state; `url` is what is being fetched, for systems whose
-    /// settings depend on it. Returns null when none is configured, or with code 4; `*port` is
-    /// left alone where the settings name no port.
+    /// on, as far as the system knows such a state; `url` is what is being fetched, for systems
+    /// whose settings depend on it. Returns null when none is configured, or with code 4; `*port`
+    /// is left alone where the settings name no port.
     virtual OwnedText configuredHost(ProxyProtocol protocol, const char* url,
                                      int32_t* port) const = 0;
 };

@@ -65,7 +65,8 @@ char* _vn_toHex(const uint8_t* bytes, uint32_t count) {
 
 int32_t _vn_isLegalURLChar(int32_t character) {
     const auto byte = static_cast<uint8_t>(character);
-    if (isBetween(byte, 'A', 'Z') || isBetween(byte, 'a', 'z') || isBetween(byte, '0', '9')) return 1;
+    if (isBetween(byte, 'A', 'Z') || isBetween(byte, 'a', 'z') || isBetween(byte, '0', '9'))
+        return 1;
     return character == '.' || character == '_' || character == '-' ? 1 : 0;
 }
 

@@ -13,9 +13,9 @@ FILE* _vn_fopen(const char* path, const char* mode);
 /// terminated. Returns the number of bytes read; 0 with code 7 when the file cannot be opened.
 uint32_t _vn_readFile(const char* path, void* buffer, uint32_t size, const char* mode);
 
-/// Writes `size` bytes of `buffer` to the file at `path`, opened with `mode` ("wb" replaces it, "ab"
-/// appends). Returns 1 when every byte was written and the file was closed without an error, else 0
-/// with code 7; a partly written file stays as it is.
+/// Writes `size` bytes of `buffer` to the file at `path`, opened with `mode` ("wb" replaces it,
+/// "ab" appends). Returns 1 when every byte was written and the file was closed without an error,
+/// else 0 with code 7; a partly written file stays as it is.
 int32_t _vn_writeFile(const char* path, const void* buffer, uint32_t size, const char* mode);
 
 namespace velnor {
@@ -30,8 +30,8 @@ using File = std::unique_ptr<FILE, FileCloser>;
 /// Opens a stream with _vn_fopen; empty when that fails.
 inline File openFile(const char* path, const char* mode) { return File(_vn_fopen(path, mode)); }
 
-/// Writes `size` bytes and closes the stream. True only when both succeeded: a full disk often shows
-/// no sooner than at the close.
+/// Writes `size` bytes and closes the stream. True only when both succeeded: a full disk often
+/// shows no sooner than at the close.
 bool writeAndClose(File file, const void* buffer, size_t size);
 
 }  // namespace velnor

@@ -25,8 +25,8 @@ int32_t formatOnce(char* block, int32_t size, const char* format, va_list argume
 int32_t nextSize(int32_t size, int32_t length) {
     constexpr int32_t kLimit = std::numeric_limits<int32_t>::max();
     if (length >= 0) return length < kLimit ? length + 1 : 0;
-    // -1 is one way of C libraries to say "does not fit", and others report every failure so. It can
-    // come for ever (a bad multibyte argument), so the doubling ends where sizes end.
+    // -1 is one way of C libraries to say "does not fit", and others report every failure so. It
+    // can come for ever (a bad multibyte argument), so the doubling ends where sizes end.
     if (length == -1) return size <= kLimit / 2 ? size * 2 : 0;
     return size;
 }

@@ -57,9 +57,9 @@ void _vn_writeToLogFile(const char* logName, const char* sourceFile, const char*
     if (!message) return;
 
     OwnedText text;
-    const int32_t length =
-        _vn_snprintf(text.out(), 1024, "V%s:%s: [%s] %s:%s(%d): %s\n", kFormatVersion,
-                     timestamp.get(), levelTag(level), sourceFile, functionName, line, message.get());
+    const int32_t length = _vn_snprintf(text.out(), 1024, "V%s:%s: [%s] %s:%s(%d): %s\n",
+                                        kFormatVersion, timestamp.get(), levelTag(level),
+                                        sourceFile, functionName, line, message.get());
     if (length == 0) return;
     // One write in append mode keeps lines of different threads whole.
     _vn_writeFile(path.get(), text.get(), static_cast<uint32_t>(length), "ab");

@@ -16,8 +16,8 @@ bool formatPath(char* path, const char* format, ...) __attribute__((format(print
 
 }  // namespace velnor
 
-/// Copies the install directory, "/Applications/Velnor", with its terminator into `buffer` of `size`
-/// bytes. Returns its length, 20; 0 with code 4 when fewer than 21 bytes are given.
+/// Copies the install directory, "/Applications/Velnor", with its terminator into `buffer` of
+/// `size` bytes. Returns its length, 20; 0 with code 4 when fewer than 21 bytes are given.
 int32_t _vn_getInstallPath(char* buffer, uint32_t size);
 
 /// Path of the file `name` in the install directory; `name` is not checked. Owned by the caller;

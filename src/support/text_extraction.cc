@@ -26,12 +26,18 @@ char* copyRange(const char* begin, const char* end) {
 
 char unescaped(char escape) {
     switch (escape) {
-        case 'b': return '\b';
-        case 'f': return '\f';
-        case 'n': return '\n';
-        case 'r': return '\r';
-        case 't': return '\t';
-        default: return escape;
+        case 'b':
+            return '\b';
+        case 'f':
+            return '\f';
+        case 'n':
+            return '\n';
+        case 'r':
+            return '\r';
+        case 't':
+            return '\t';
+        default:
+            return escape;
     }
 }
 

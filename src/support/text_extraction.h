@@ -1,6 +1,6 @@
-// Single values out of key=value files, HTTP headers and JSON replies, by substring search and not by
-// a parser. The matching rules are a contract with the client and with the makers' client.ini files.
-// Absence is no error: it sets no code.
+// Single values out of key=value files, HTTP headers and JSON replies, by substring search and not
+// by a parser. The matching rules are a contract with the client and with the makers' client.ini
+// files. Absence is no error: it sets no code.
 #ifndef VELNOR_SUPPORT_TEXT_EXTRACTION_H
 #define VELNOR_SUPPORT_TEXT_EXTRACTION_H
 
@@ -15,12 +15,13 @@ char* _vn_pluckString(const char* text, const char* key);
 /// returns 1; 0 when the key is missing. Arguments are not checked.
 int32_t _vn_pluckInt(const char* text, const char* key, int64_t* result);
 
-/// A copy of `text` with each backslash pair replaced by the byte that it stands for; Unicode escapes
-/// are not decoded. Owned by the caller. Null with code 1 for a null or empty text, 4 without memory.
+/// A copy of `text` with each backslash pair replaced by the byte that it stands for; Unicode
+/// escapes are not decoded. Owned by the caller. Null with code 1 for a null or empty text, 4
+/// without memory.
 char* _vn_copyStringAndUnescape(const char* text);
 
-/// Start of the value after the first `key` in double quotes, within `json`. Null when there is none;
-/// with code 1 when an argument is null or empty, 4 without memory.
+/// Start of the value after the first `key` in double quotes, within `json`. Null when there is
+/// none; with code 1 when an argument is null or empty, 4 without memory.
 const char* _vn_findJSONValue(const char* json, const char* key);
 
 // The pluckers below search an unescaped copy of the whole reply. Codes as for the two functions

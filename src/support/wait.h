@@ -4,8 +4,8 @@
 
 #include <cstdint>
 
-/// Waits `seconds` seconds. Returns 0 after a full wait and -1 when a signal ended it early. Sets no
-/// code.
+/// Waits `seconds` seconds. Returns 0 after a full wait and -1 when a signal ended it early. Sets
+/// no code.
 int32_t _vn_sleep(uint32_t seconds);
 
 #endif

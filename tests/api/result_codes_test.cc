@@ -47,11 +47,16 @@ TEST(FileStatus, EveryKeywordLeadsToItsValueAndTextInAnyLetterCase) {
         int32_t value;
         const char* text;
     } rows[] = {
-        {"SEARCHING", 1, "Searching"},       {"waiting", 2, "Waiting"},
-        {"Downloading", 3, "Downloading"},   {"PAUSED", 4, "Paused"},
-        {"complete", 5, "Complete"},         {"InsufficientDiskSpace", 6, "Insufficient Disk Space"},
-        {"DISCONNECTED", 7, "Disconnected"}, {"NOTFOUND", 8, "Not Found"},
-        {"MOVING", 9, "Moving"},             {"FORBIDDEN", 10, "Forbidden"},
+        {"SEARCHING", 1, "Searching"},
+        {"waiting", 2, "Waiting"},
+        {"Downloading", 3, "Downloading"},
+        {"PAUSED", 4, "Paused"},
+        {"complete", 5, "Complete"},
+        {"InsufficientDiskSpace", 6, "Insufficient Disk Space"},
+        {"DISCONNECTED", 7, "Disconnected"},
+        {"NOTFOUND", 8, "Not Found"},
+        {"MOVING", 9, "Moving"},
+        {"FORBIDDEN", 10, "Forbidden"},
     };
     for (const auto& row : rows) {
         int32_t status = 0;

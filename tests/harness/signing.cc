@@ -43,10 +43,12 @@ std::string payload(const std::string& data, Content content) {
     static constexpr char kDigestInfo[] =
         "\x30\x21\x30\x09\x06\x05\x2b\x0e\x03\x02\x1a\x05\x00\x04\x14";
     switch (content) {
-        case Content::Digest: return digestOf(data);
+        case Content::Digest:
+            return digestOf(data);
         case Content::DigestInfo:
             return std::string(kDigestInfo, sizeof kDigestInfo - 1) + digestOf(data);
-        default: return "";
+        default:
+            return "";
     }
 }
 

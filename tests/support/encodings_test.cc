@@ -21,13 +21,9 @@ TEST(FromHex, DecodesWithoutAnyJudgement) {
         uint32_t capacity;
         Bytes bytes;
     } rows[] = {
-        {"0aFF", 4, {0x0a, 0xff}},
-        {"abc", 4, {0xab}},
-        {"a", 4, {}},
-        {"zz", 4, {0x1a}},
+        {"0aFF", 4, {0x0a, 0xff}},     {"abc", 4, {0xab}}, {"a", 4, {}}, {"zz", 4, {0x1a}},
         {"\xff\xff", 4, {0xef}},  // a signed character: -1 * 16 + -1
-        {"00112233", 2, {0x00, 0x11}},
-        {"00", 0, {}},
+        {"00112233", 2, {0x00, 0x11}}, {"00", 0, {}},
     };
     for (const auto& row : rows) {
         Bytes out(row.capacity + 1, 0xee);

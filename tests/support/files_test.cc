@@ -23,10 +23,10 @@ TEST(WriteFile, CountsAsDoneOnlyWhenTheDiskTookIt) {
         uint32_t size;
         int32_t result;
     } rows[] = {
-        {"/tmp/file", 5, 1},       {"/tmp/file", 0, 1},
+        {"/tmp/file", 5, 1},      {"/tmp/file", 0, 1},
         {"/dev/full", 5, 0},       // shows at the close
         {"/dev/full", 100000, 0},  // shows at the write
-        {"/tmp", 5, 0},            {"/no/such/folder", 5, 0},
+        {"/tmp", 5, 0},           {"/no/such/folder", 5, 0},
     };
     for (const auto& row : rows) {
         _vn_setLastError(0);

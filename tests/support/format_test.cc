@@ -20,8 +20,8 @@ TEST(Snprintf, GrowsToFitInAsManyAllocationsAsItNeeds) {
         size_t allocations;
         size_t largest;
     } rows[] = {
-        {0, 255, 1, 256}, {0, 256, 2, 257},     {0, 300, 2, 301},
-        {1024, 3, 1, 1024}, {1, 5, 2, 6}, {-7, 3, 1, 256},
+        {0, 255, 1, 256},   {0, 256, 2, 257}, {0, 300, 2, 301},
+        {1024, 3, 1, 1024}, {1, 5, 2, 6},     {-7, 3, 1, 256},
     };
     for (const auto& row : rows) {
         const std::string text(static_cast<size_t>(row.length), 'x');

@@ -25,7 +25,8 @@ class LogFile : public testing::Test {
 TEST_F(LogFile, LineHasTheFixedFormat) {
     _vn_writeToLogFile(kLogFileName, "Installer", "vn_install", 2744, 0, "Starting %s", "now");
     EXPECT_TRUE(std::regex_match(
-        log(), std::regex(R"(V1001:\d{6}_\d{6}: \[info\] Installer:vn_install\(2744\): Starting now\n)")))
+        log(),
+        std::regex(R"(V1001:\d{6}_\d{6}: \[info\] Installer:vn_install\(2744\): Starting now\n)")))
         << log();
 }
 
@@ -57,8 +58,9 @@ TEST_F(LogFile, MissingTextsAreRefused) {
         const char* function;
         const char* format;
     } rows[] = {
-        {nullptr, "s", "f", "x"}, {"", "s", "f", "x"},      {kLogFileName, nullptr, "f", "x"},
-        {kLogFileName, "", "f", "x"}, {kLogFileName, "s", nullptr, "x"}, {kLogFileName, "s", "", "x"},
+        {nullptr, "s", "f", "x"},          {"", "s", "f", "x"},
+        {kLogFileName, nullptr, "f", "x"}, {kLogFileName, "", "f", "x"},
+        {kLogFileName, "s", nullptr, "x"}, {kLogFileName, "s", "", "x"},
         {kLogFileName, "s", "f", nullptr}, {kLogFileName, "s", "f", ""},
     };
     for (const auto& row : rows) {

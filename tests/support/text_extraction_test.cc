@@ -63,8 +63,11 @@ TEST(PluckInt, ConvertsWhateverFollows) {
 
 TEST(Unescape, TurnsPairsIntoBytes) {
     const std::pair<const char*, const char*> rows[] = {
-        {R"(\b\f\n\r\t)", "\b\f\n\r\t"}, {R"(\"\/\\)", "\"/\\"}, {R"(\u0041)", "u0041"},
-        {R"(ab\)", "ab"},                {R"(\\n)", "\\n"},
+        {R"(\b\f\n\r\t)", "\b\f\n\r\t"},
+        {R"(\"\/\\)", "\"/\\"},
+        {R"(\u0041)", "u0041"},
+        {R"(ab\)", "ab"},
+        {R"(\\n)", "\\n"},
     };
     for (const auto& [text, plain] : rows) {
         EXPECT_EQ(toOptional(_vn_copyStringAndUnescape(text)), plain) << text;
@@ -106,8 +109,10 @@ TEST(PluckJSON, FindsValuesAsTheClientWritesThem) {
 
 TEST(PluckJSON, OnlyBadArgumentsAndMemorySetACode) {
     const char* const json = R"({"a":"b"})";
-    for (const auto& [text, key] : {std::pair{"", "a"}, {static_cast<const char*>(nullptr), "a"},
-                                    {json, ""}, {json, static_cast<const char*>(nullptr)}}) {
+    for (const auto& [text, key] : {std::pair{"", "a"},
+                                    {static_cast<const char*>(nullptr), "a"},
+                                    {json, ""},
+                                    {json, static_cast<const char*>(nullptr)}}) {
         _vn_setLastError(0);
         EXPECT_EQ(_vn_easyPluckJSONString(text, key), nullptr);
         EXPECT_EQ(_vn_getLastError(), INSTALL_ERROR_INVALIDARGUMENT + 0U);

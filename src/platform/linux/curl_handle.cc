@@ -12,8 +12,9 @@
 namespace velnor::platform {
 namespace {
 
-// A file or folder that the environment names in place of the system's trust store, as OpenSSL's own
-// programs take it (SSL_CTX_set_default_verify_paths(3)): one that cannot be read counts as empty.
+// A file or folder that the environment names in place of the system's trust store, as OpenSSL's
+// own programs take it (SSL_CTX_set_default_verify_paths(3)): one that cannot be read counts as
+// empty.
 void setTrustPath(CURL* easy, CURLoption option, CURLoption proxyOption, const char* variable) {
     const char* path = std::getenv(variable);
     if (path == nullptr) return;

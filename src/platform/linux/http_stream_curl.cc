@@ -1,5 +1,5 @@
-// The HTTP stream on libcurl's multi interface. Redirects are followed here and not by libcurl: each
-// hop has its own proxy, and a hop from https to http must fail however the chain began.
+// The HTTP stream on libcurl's multi interface. Redirects are followed here and not by libcurl:
+// each hop has its own proxy, and a hop from https to http must fail however the chain began.
 #include <curl/curl.h>
 #include <strings.h>
 
@@ -70,6 +70,7 @@ class CurlStream final : public HttpStream {
 
   private:
     static int onConnected(void* self, char*, char*, int, int);
+    static size_t onHeaderLine(char* line, size_t, size_t size, void* self);
     static size_t onBody(char* bytes, size_t, size_t size, void* self);
 
     void setOptions();
@@ -79,6 +80,7 @@ class CurlStream final : public HttpStream {
     void pump(int milliseconds);
     void perform();
     void finish(CURLcode result);
+    bool isWhole() const;
     bool proxyRefusedTunnel() const;
     const curl_header* responseHeader(const char* name) const;
     bool isRedirectResponse() const;
@@ -95,6 +97,7 @@ class CurlStream final : public HttpStream {
     bool paused_ = false;
     bool finished_ = false;
     bool failed_ = false;
+    bool headersEnded_ = false;
     int redirects_ = 0;
 };
 
@@ -123,6 +126,8 @@ void CurlStream::setOptions() {
     curl_easy_setopt(easy, CURLOPT_BUFFERSIZE, kReceiveSize);
     curl_easy_setopt(easy, CURLOPT_PREREQFUNCTION, onConnected);
     curl_easy_setopt(easy, CURLOPT_PREREQDATA, this);
+    curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, onHeaderLine);
+    curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
     curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, onBody);
     curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
     if (request_.authentication == nullptr || request_.credentials == nullptr) return;
@@ -194,6 +199,12 @@ int CurlStream::onConnected(void* self, char*, char*, int, int) {
     return CURL_PREREQFUNC_OK;
 }
 
+// Called for every header line and for the empty one that ends a header block.
+size_t CurlStream::onHeaderLine(char* line, size_t, size_t size, void* self) {
+    static_cast<CurlStream*>(self)->headersEnded_ = *line == '\r' || *line == '\n';
+    return size;
+}
+
 size_t CurlStream::onBody(char* bytes, size_t, size_t size, void* self) {
     auto* stream = static_cast<CurlStream*>(self);
     if (stream->isRedirectResponse()) return size;  // nobody reads a redirect's text
@@ -247,12 +258,20 @@ void CurlStream::finish(CURLcode result) {
         return;
     }
     finished_ = true;
-    failed_ = result != CURLE_OK && !proxyRefusedTunnel();
+    failed_ = !proxyRefusedTunnel() && (result != CURLE_OK || !isWhole());
     if (!failed_) {
         status_ = StreamStatus::Open;  // until it has been read to its end
     } else if (buffer_.empty()) {
         status_ = StreamStatus::Error;
     }
+}
+
+// False for what libcurl lets pass: a connection that ended within the headers, and a length that
+// it could not read and therefore did not check.
+bool CurlStream::isWhole() const {
+    const bool hasUnknownLength =
+        responseHeader("Content-Length") != nullptr && announcedLength() < 0;
+    return headersEnded_ && (!hasUnknownLength || responseHeader("Transfer-Encoding") != nullptr);
 }
 
 // A 407 to the CONNECT of an https URL is a response like any other; libcurl calls it a failure.
@@ -264,8 +283,7 @@ bool CurlStream::proxyRefusedTunnel() const {
 
 const curl_header* CurlStream::responseHeader(const char* name) const {
     curl_header* header = nullptr;
-    const CURLHcode found =
-        curl_easy_header(easy_.get(), name, 0, CURLH_HEADER, -1, &header);
+    const CURLHcode found = curl_easy_header(easy_.get(), name, 0, CURLH_HEADER, -1, &header);
     return found == CURLHE_OK ? header : nullptr;
 }
 

@@ -49,8 +49,8 @@ bool findProxyPassword(const char* server, uint16_t port, ProxyProtocol protocol
     const std::unique_ptr<GHashTable, AttributesDeleter> attributes(
         secret_retrievable_get_attributes(item));
     if (!secret || !attributes) return false;
-    credentials->user = copyText(
-        static_cast<const char*>(g_hash_table_lookup(attributes.get(), "user")));
+    credentials->user =
+        copyText(static_cast<const char*>(g_hash_table_lookup(attributes.get(), "user")));
     credentials->password = copyText(secret_value_get_text(secret.get()));
     return credentials->user && credentials->password;
 }

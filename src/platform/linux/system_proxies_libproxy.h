@@ -15,8 +15,7 @@ class LibproxyProxies final : public SystemProxies {
     LibproxyProxies(const LibproxyProxies&) = delete;
     LibproxyProxies& operator=(const LibproxyProxies&) = delete;
 
-    OwnedText configuredHost(ProxyProtocol protocol, const char* url,
-                             int32_t* port) const override;
+    OwnedText configuredHost(ProxyProtocol protocol, const char* url, int32_t* port) const override;
 
     /// URL of the proxy to use for `url`; null to connect directly.
     OwnedText proxyFor(const char* url) const;

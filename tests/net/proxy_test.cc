@@ -1,0 +1,189 @@
+// Downloads through a real proxy, with the password in a real keyring, wrong, or nowhere.
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <string>
+#include <vector>
+
+#include "harness/shell.h"
+#include "net/fetch.h"
+#include "net/proxy_credentials.h"
+#include "net/proxy_peer.h"
+#include "sandbox/servers/file_server.h"
+#include "sandbox/servers/raw_server.h"
+#include "sandbox/servers/tls_files.h"
+
+namespace {
+
+using sandbox::FileServer;
+using Requests = std::vector<std::string>;
+
+constexpr char kProxy[] = "http://127.0.0.1:3128";
+constexpr char kPassword[] = "s3cret pass";
+
+class Proxy : public testing::Test {
+  protected:
+    Proxy() {
+        setenv("http_proxy", kProxy, 1);
+        setenv("https_proxy", kProxy, 1);
+        plain_.serve("/file", "plain");
+        secure_.serve("/file", "secure");
+    }
+
+    std::optional<std::string> fetchPlain() { return fetch(urlOn(plain_.port())).body; }
+    std::optional<std::string> fetchSecure() {
+        return fetch("https://localhost:" + std::to_string(secure_.port()) + "/file").body;
+    }
+    // A tunnel shows in the proxy's log only after its end.
+    static void expectRequests(const ProxyPeer& proxy, const Requests& expected) {
+        harness::eventually([&] { return proxy.requests().size() >= expected.size(); });
+        EXPECT_EQ(proxy.requests(), expected);
+    }
+    // Whether each request to the origin came through the proxy.
+    static std::vector<bool> cameThroughProxy(const FileServer& origin) {
+        std::vector<bool> came;
+        for (const sandbox::Request& request : origin.requests()) {
+            EXPECT_EQ(request.header("Proxy-Authorization"), "");
+            came.push_back(!request.header("Via").empty());
+        }
+        return came;
+    }
+
+    FileServer plain_;
+    FileServer secure_{0, sandbox::tlsFiles()};
+};
+
+TEST_F(Proxy, OpenOneIsUsedForBothKindsOfUrl) {
+    const ProxyPeer proxy(Demand::Nothing);
+    EXPECT_EQ(fetchPlain(), "plain");
+    EXPECT_EQ(fetchSecure(), "secure");
+    expectRequests(proxy, Requests{"GET 200", "CONNECT 200"});
+    EXPECT_EQ(cameThroughProxy(plain_), std::vector<bool>{true});
+}
+
+TEST_F(Proxy, BasicPasswordFromTheKeyringGoesWithOneMoreRequest) {
+    const ProxyPeer proxy(Demand::Basic);
+    startKeyring();
+    storePassword("http", kPassword);
+    storePassword("https", kPassword);
+    EXPECT_EQ(fetchPlain(), "plain");
+    expectRequests(proxy, Requests{"GET 407", "GET 200"});
+    EXPECT_EQ(fetchSecure(), "secure");
+    expectRequests(proxy, Requests{"GET 407", "GET 200", "CONNECT 407", "CONNECT 200"});
+    EXPECT_EQ(cameThroughProxy(plain_), std::vector<bool>{true});
+}
+
+TEST_F(Proxy, DigestPasswordFromTheKeyringWorks) {
+    const ProxyPeer proxy(Demand::Digest);
+    startKeyring();
+    storePassword("http", kPassword);
+    storePassword("https", kPassword);
+    EXPECT_EQ(fetchPlain(), "plain");
+    EXPECT_EQ(fetchSecure(), "secure");
+    // The nonce of the first challenge is not kept, so the proxy is asked for one more.
+    expectRequests(proxy,
+                   {"GET 407", "GET 407", "GET 200", "CONNECT 407", "CONNECT 407", "CONNECT 200"});
+    EXPECT_EQ(cameThroughProxy(plain_), std::vector<bool>{true});
+}
+
+TEST_F(Proxy, WrongPasswordFallsBackToADirectConnection) {
+    startKeyring();
+    for (const auto& [demand, port] : {std::pair{Demand::Basic, 3128}, {Demand::Digest, 3129}}) {
+        const ProxyPeer proxy(demand, port);
+        const std::string address = "http://127.0.0.1:" + std::to_string(port);
+        setenv("http_proxy", address.c_str(), 1);
+        setenv("https_proxy", address.c_str(), 1);
+        storePassword("http", "wrong", port);
+        storePassword("https", "wrong", port);
+        EXPECT_EQ(fetchPlain(), "plain");
+        EXPECT_EQ(fetchSecure(), "secure");
+        EXPECT_GE(proxy.requests().size(), 4U);
+        for (const std::string& request : proxy.requests()) {
+            EXPECT_NE(request.find("407"), std::string::npos) << request;
+        }
+    }
+    EXPECT_EQ(cameThroughProxy(plain_), (std::vector<bool>{false, false}));
+}
+
+TEST_F(Proxy, WithoutAPasswordOrAKeyringTheConnectionIsDirectAfterOneRequest) {
+    const ProxyPeer proxy(Demand::Basic);
+    EXPECT_EQ(fetchPlain(), "plain");
+    expectRequests(proxy, Requests{"GET 407"});
+    startKeyring();
+    storePassword("https", kPassword);       // of the other kind
+    storePassword("http", kPassword, 8080);  // on another port
+    EXPECT_EQ(fetchPlain(), "plain");
+    expectRequests(proxy, Requests{"GET 407", "GET 407"});
+    EXPECT_EQ(cameThroughProxy(plain_), (std::vector<bool>{false, false}));
+}
+
+TEST_F(Proxy, DeadProxyIsPassedBy) {
+    EXPECT_EQ(fetchPlain(), "plain");
+    EXPECT_EQ(fetchSecure(), "secure");
+    EXPECT_EQ(plain_.requests().size(), 1U);
+}
+
+TEST_F(Proxy, EachHopOfARedirectHasItsOwn) {
+    const ProxyPeer proxy(Demand::Nothing);
+    const ProxyPeer secureProxy(Demand::Nothing, 3129);
+    setenv("https_proxy", "http://127.0.0.1:3129", 1);
+    plain_.serve(
+        "/old", sandbox::Reply{302,
+                               "",
+                               {{"Location", "https://localhost:" + std::to_string(secure_.port()) +
+                                                 "/file"}}});
+    EXPECT_EQ(fetch(urlOn(plain_.port(), "/old")).body, "secure");
+    expectRequests(proxy, Requests{"GET 302"});
+    expectRequests(secureProxy, Requests{"CONNECT 200"});
+}
+
+TEST_F(Proxy, OriginThatPosesAsAProxyNeverSeesThePassword) {
+    setenv("no_proxy", "127.0.0.1", 1);
+    startKeyring();
+    storePassword("http", kPassword);
+    const sandbox::RawServer origin([](int fd, const std::string&) {
+        sandbox::sendAll(fd,
+                         "HTTP/1.1 407 Give it to me\r\nProxy-Authenticate: Basic realm=x\r\n"
+                         "Content-Length: 0\r\n\r\n");
+    });
+    EXPECT_EQ(fetch(urlOn(origin.port())).body, std::nullopt);
+    ASSERT_EQ(origin.heads().size(), 4U) << "two requests for each of the two attempts";
+    for (const std::string& head : origin.heads()) {
+        EXPECT_EQ(head.find("uthorization"), std::string::npos) << head;
+    }
+}
+
+TEST_F(Proxy, SchemesThatNeedNoPasswordAreNotAnswered) {
+    startKeyring();
+    storePassword("http", kPassword);
+    for (const char* challenge : {"Proxy-Authenticate: Negotiate\r\n", ""}) {
+        const sandbox::RawServer proxy(
+            [challenge = std::string(challenge)](int fd, const std::string&) {
+                sandbox::sendAll(fd,
+                                 "HTTP/1.1 407 No\r\n" + challenge + "Content-Length: 0\r\n\r\n");
+            },
+            3128);
+        EXPECT_EQ(fetchPlain(), "plain");
+        EXPECT_EQ(proxy.heads().size(), 1U) << challenge;
+    }
+}
+
+TEST_F(Proxy, KeychainIsAskedForTheConfiguredProxyOfTheScheme) {
+    startKeyring();
+    storePassword("http", "for http");
+    storePassword("https", "for https", 3129);
+    setenv("https_proxy", "http://127.0.0.1:3129", 1);
+    velnor::platform::Credentials found;
+    ASSERT_TRUE(_vn_mac_get_keychain_proxy_credentials("http://any.example/", &found));
+    EXPECT_STREQ(found.user.get(), "alice");
+    EXPECT_STREQ(found.password.get(), "for http");
+    ASSERT_TRUE(_vn_mac_get_keychain_proxy_credentials("https://any.example/", &found));
+    EXPECT_STREQ(found.password.get(), "for https");
+    EXPECT_FALSE(_vn_mac_get_keychain_proxy_credentials("ftp://any.example/", &found));
+    setenv("no_proxy", "off.example", 1);
+    EXPECT_TRUE(_vn_mac_get_keychain_proxy_credentials("http://off.example/", &found));
+    unsetenv("http_proxy");
+    EXPECT_FALSE(_vn_mac_get_keychain_proxy_credentials("http://any.example/", &found));
+}
+
+}  // namespace
