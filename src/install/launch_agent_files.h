@@ -14,9 +14,9 @@ use strict;
 # process becomes the client's process and launchd watches the right one.
 # Since the client deletes all binaries other than itself at startup, more
 # than one candidate is unlikely. A binary that client.ini names goes first,
-# whatever its name and age: it is the one that the installer has verified and
-# that the maker wants to run. Without any candidate the script just ends, and
-# launchd, which keeps its agents alive, will start it again soon enough.
+# whatever its name and age: it is the one that the installer has verified.
+# Without any candidate the script ends and launchd starts it again in a
+# moment.
 
 my $BASE = "/Applications/Velnor";
 my $EXE_PREFIX1 = "ksmac_";
@@ -48,7 +48,8 @@ if (-f "$BASE/client.ini" && open(my $ini, '<', "$BASE/client.ini")) {
 
 if ($bin_to_exec ne '') {
     chdir($BASE);
-    exec("$BASE/$bin_to_exec");
+    my @client = ("$BASE/$bin_to_exec");
+    exec { $client[0] } @client;  # no shell, whatever the name
 }
 )file";
 static_assert(sizeof kLoaderScript - 1 == 1554);

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <regex>
@@ -33,6 +34,17 @@ bool exists(const std::string& path) {
 void putOnFullDisk(const std::string& path) {
     std::filesystem::remove(path);
     std::filesystem::create_symlink("/dev/full", path);
+}
+
+void fillDisk(const std::string& folder, size_t leftBlocks) {
+    constexpr size_t kBlock = 4096;
+    const std::string path = folder + "/filler";
+    std::ofstream file(path, std::ios::binary);
+    const std::string block(kBlock, 'f');
+    while (file << block << std::flush) continue;
+    file.close();
+    const size_t size = std::filesystem::file_size(path);
+    std::filesystem::resize_file(path, size - std::min(size, leftBlocks * kBlock));
 }
 
 unsigned modeOf(const std::string& path) {

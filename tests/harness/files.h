@@ -25,6 +25,9 @@ bool exists(const std::string& path);
 /// Replaces `path` by a file on a full disk: it can be opened, and what is written is lost.
 void putOnFullDisk(const std::string& path);
 
+/// Takes all but `leftBlocks` blocks of 4096 bytes of the disk that holds `folder`.
+void fillDisk(const std::string& folder, size_t leftBlocks = 0);
+
 /// Permission bits of the file.
 unsigned modeOf(const std::string& path);
 
