@@ -92,8 +92,9 @@ typedef struct InstallContext {
  *
  * Returns 0, or -1 with one of these codes: 1 appName null, or context without progress; 3
  * internal; 4 memory; 8 the launch agent could not be written; 9 the client could not be started;
- * 14 it never answered; and with errorDetail 15 to 18, 20 and 21, without it the plain codes 5
- * (network, verification), 6 (client.ini) and 7 (disk). What earlier steps wrote stays on the disk.
+ * 14 it never answered; 6 client.ini names no log server. Other failures have the codes 15 to 18,
+ * 20 and 21 with errorDetail, and without it the plain codes 5 (network, verification), 6
+ * (client.ini) and 7 (disk). What earlier steps wrote stays on the disk.
  */
 int32_t vn_install(const char* appName, int32_t cid, const char* eula, InstallContext* context);
 

@@ -27,7 +27,8 @@ constexpr std::array<ResultCode, 25> kResultCodes{{
     {"INSTALL_ERROR_STOP", "Error Stopping Client"},
     {"INSTALL_ERROR_JSON", "JSON Error"},
     {"INSTALL_ERROR_FILEINUSE", "File In Use"},
-    // Without the prefix that every other key bears, deliberately: translations exist under it.
+    // Without the prefix that every other key bears, deliberately: it is the key of the string
+    // tables.
     {"FILE_NOT_FOUND", "File Not Found"},
     {"INSTALL_ERROR_CLIENT_NOTRESPONDING",
      "A resource on your machine (TCP port 9421) required by the Corvane client is either blocked "

@@ -23,16 +23,15 @@ constexpr char kPing[] = "GET /api?function=ping&cid=0 HTTP/1.1\r\nHost: 127.0.0
 
 constexpr bool kWithErrno = true;
 constexpr bool kPlain = false;
-// Failures that pass this leave the socket open, deliberately: the probe's failure reports are
-// fixed down to what they close, and a probe that gives up leaves its half-made connection to the
-// process.
+// Failures that pass this leave the socket open, deliberately: which failures close it is as fixed
+// as their texts.
 constexpr int kLeaveOpen = -1;
 
 enum class Direction { Read, Write };
 
-// Waits up to 1 second for the socket. Once a signal has interrupted a select, selects with the
-// same sets repeat until one fails for another reason, deliberately: nothing but the next round
-// clears the mark, so a half-observed connection never counts as an answer.
+// Waits up to 1 second for the socket. But once a signal has interrupted a select, selects with
+// the same sets repeat until one fails for another reason, deliberately: nothing but the next round
+// clears the mark.
 int waitFor(int fd, Direction direction) {
     fd_set readSet;
     fd_set writeSet;
@@ -123,7 +122,9 @@ bool awaitConnection(int fd, int early, std::string& message) {
 bool connectToClient(int* fd, std::string& message) {
     sockaddr_in address{};
     if (!prepareSocket(fd, &address, message)) return false;
-    if (connect(*fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0) return true;
+    if (connect(*fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0) {
+        return awaitConnection(*fd, 0, message);
+    }
     if (errno != EAGAIN && errno != EINPROGRESS) {
         return findClientFailed(message, "Error Connecting to client: ", kWithErrno, kLeaveOpen);
     }
@@ -221,7 +222,7 @@ bool isClientListening(std::string& message) {
 }  // namespace EUCUtils
 
 int32_t pingClient() {
-    // The one place of the engine where an exception can arise: the messages are library strings.
+    // The messages are library strings; no exception of theirs may reach the caller.
     try {
         std::string message;
         return EUCUtils::isClientListening(message) ? 1 : 0;

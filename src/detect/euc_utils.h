@@ -16,7 +16,8 @@ bool findClientFailed(std::string& message, std::string text, bool withErrno, in
 bool isClientRunning(std::string& message);
 
 /// True when the agent is loaded and the client answers a ping on 127.0.0.1, TCP port 9421. Waits
-/// 1 second for the reply, and 1 second for each of up to 100 rounds of connecting.
+/// 1 second for the reply, and 1 second for each of up to 100 rounds of connecting; after a signal
+/// during such a wait it waits on. Throws std::bad_alloc when there is no memory for a message.
 bool isClientListening(std::string& message);
 
 }  // namespace EUCUtils

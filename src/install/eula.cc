@@ -27,8 +27,7 @@ int32_t vn_acceptEULA(int32_t cid, const char* eulaText, uint32_t reserved) {
     const velnor::OwnedText path(_vn_getInstallPathForFile("accepteula.txt"));
     if (!path) return -1;
     velnor::OwnedText record;
-    // CR LF, unlike the registry's line feed, deliberately: this file is meant to be shown to
-    // people on any system.
+    // CR LF, unlike the registry's line feed, deliberately: the two formats differ.
     const int32_t length = _vn_snprintf(record.out(), 0, "%d_%s%s", cid, eulaText, "\r\n");
     if (length == 0 || length > kMaxRecordLength) return -1;
     if (!_vn_writeFile(path.get(), record.get(), static_cast<uint32_t>(length), "a")) return -1;

@@ -4,13 +4,14 @@
 #include <cstdint>
 #include <cstring>
 
-#include "support/encodings.h"
+#include "api/last_error.h"
 #include "support/files.h"
 #include "support/format.h"
 #include "support/log_file.h"
 #include "support/memory.h"
 #include "support/owned.h"
 #include "support/paths.h"
+#include "velnor/capi.h"
 #include "velnor_deployment.h"
 
 using velnor::kGuidLength;
@@ -86,38 +87,41 @@ bool save(const char* path, const char* guid) {
     return size != 0 && _vn_writeFile(path, text.get(), static_cast<uint32_t>(size), "a") != 0;
 }
 
-bool generate(const char* path, char* guid) {
+void generate(const char* path, char* guid) {
     uint8_t bytes[kGuidLength / 2] = {};
     if (readRandomBytes(bytes, sizeof bytes) == RandomBytes::Missing) {
         std::memset(guid, '0', kGuidLength);
-        return true;
+        return;
     }
-    const OwnedText digits(_vn_toHex(bytes, sizeof bytes));
-    if (!digits) return false;
-    std::memcpy(guid, digits.get(), kGuidLength);
+    for (size_t i = 0; i < sizeof bytes; ++i) std::snprintf(guid + 2 * i, 3, "%02x", bytes[i]);
     if (save(path, guid)) {
         VN_LOG_INFO(kFunction, "Saved GUID \"%s\" to disk", guid);
     } else {
         VN_LOG_ERROR(kFunction, "Could not save GUID \"%s\" to disk", guid);
     }
-    return true;
 }
 
 }  // namespace
 
 char* _vn_generateGuid() {
-    const OwnedText path(_vn_getInstallPathForFile("guid.ini"));
-    if (!path) return nullptr;
     OwnedText guid(static_cast<char*>(_vn_malloc(kGuidLength + 1)));
     if (!guid) {
         VN_LOG_ERROR(kFunction, "Could not allocate enough memory for guid. Exiting");
+        _vn_setLastError(INSTALL_ERROR_INSUFFICIENTMEMORY);
+        return nullptr;
+    }
+    char installPath[velnor::kPathSize];
+    char path[velnor::kPathSize];
+    if (_vn_getInstallPath(installPath, sizeof installPath) == 0 ||
+        !velnor::formatPath(path, "%s/%s", installPath, "guid.ini")) {
         return nullptr;
     }
     std::memset(guid.get(), 0, kGuidLength + 1);
-    if (_vn_readFile(path.get(), guid.get(), kGuidLength, "r") == kGuidLength) {
+    if (_vn_readFile(path, guid.get(), kGuidLength, "r") == kGuidLength) {
         VN_LOG_INFO(kFunction, "GUID \"%s\" loaded from existing guid.ini file", guid.get());
         return guid.release();
     }
     std::memset(guid.get(), 0, kGuidLength + 1);
-    return generate(path.get(), guid.get()) ? guid.release() : nullptr;
+    generate(path, guid.get());
+    return guid.release();
 }

@@ -79,13 +79,15 @@ class Installation {
         VN_LOG_INFO(kFunction, "Starting Installation");
         const OwnedText guid(_vn_generateGuid());
         if (!guid) return fail(INSTALL_ERROR_INSUFFICIENTMEMORY);
-        OwnedText url;
-        if (_vn_snprintf(userAgent_.out(), 0, "Kestrin Installer %s %s", "mac", appName_) == 0 ||
-            _vn_snprintf(url.out(), 0, "https://%s/conf/client_ini.html?guid=%s",
-                         velnor::deployment::kConfigurationHost, guid.get()) == 0) {
+        if (_vn_snprintf(userAgent_.out(), 0, "Kestrin Installer %s %s", "mac", appName_) == 0) {
             return false;
         }
         report(15);
+        OwnedText url;
+        if (_vn_snprintf(url.out(), 0, "https://%s/conf/client_ini.html?guid=%s",
+                         velnor::deployment::kConfigurationHost, guid.get()) == 0) {
+            return false;
+        }
         ini_ = OwnedText(
             _vn_downloadVelnorURL(userAgent_.get(), url.get(), &iniSize_, nullptr, 15, 25));
         if (ini_ && iniSize_ != 0) return true;
@@ -111,7 +113,7 @@ class Installation {
             VN_LOG_ERROR(kFunction, "Failed in saving client.ini");
             return failWithDetail(INSTALL_ERROR_DISK_WRITE, path);
         }
-        // With its trailing blank, deliberately: tools that read the logs look for it.
+        // With its trailing blank, deliberately: it is part of the text.
         VN_LOG_INFO(kFunction, "Saved client.ini at location %s ", path);
         return true;
     }
@@ -143,6 +145,7 @@ class Installation {
             {kUninstallerUrlKey, "uninstall.tar.gz", kUninstallerSignatureKey, 75, 80},
         }};
         const bool rewrite = velnor::isRewriteOn(ini_.get());
+        if (!rewrite && isOutOfMemory()) return false;
         for (const Download& next : downloads) {
             if (_vn_downloadAndWrite(ini_.get(), userAgent_.get(), context_, rewrite, next.urlKey,
                                      next.fileName, next.signatureKey, next.progressFrom,
@@ -182,7 +185,7 @@ class Installation {
         if (answers) return true;
         VN_LOG_ERROR(kFunction, "Waited enough for client; no response, exiting");
         VN_LOG_INFO(kFunction, "Network Statistics");
-        // Who else holds the port is what support asks first.
+        // Goes into the log itself: who else holds the port is the first question.
         velnor::runShell("netstat -an -p tcp | %s \"9421\" >> \"%s/%s\"", "grep", installPath_,
                          kLogFileName);
         return fail(INSTALL_ERROR_CLIENT_NOTRESPONDING);

@@ -22,7 +22,7 @@ namespace {
 
 constexpr char kFunction[] = "_vn_mac_addStartupItem";
 
-// Calls `use` with the home directory, or with null when there is none.
+// Calls `use` with the home directory; false when there is none.
 template <class Use>
 bool withHome(Use use) {
     const char* home = std::getenv("HOME");

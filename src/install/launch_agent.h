@@ -14,7 +14,7 @@
 bool _vn_mac_addStartupItem(const char* installPath);
 
 /// Loads (unloads) the agent: launchd starts (stops) the client. Returns 1 whatever launchctl says;
-/// 0 when no command could be run.
+/// 0 when the command could not be formed.
 int32_t _vn_start();
 int32_t _vn_stop();
 

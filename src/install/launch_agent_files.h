@@ -1,5 +1,5 @@
-// The two files of the launch agent, byte for byte. Installed copies are compared by size in the
-// field, so an edit that changes a size is an error here.
+// The two files of the launch agent, byte for byte. Their sizes are fixed, so an edit that changes
+// one is an error here.
 #ifndef VELNOR_INSTALL_LAUNCH_AGENT_FILES_H
 #define VELNOR_INSTALL_LAUNCH_AGENT_FILES_H
 
@@ -14,7 +14,7 @@ use strict;
 # process becomes the client's process and launchd watches the right one.
 # Since the client deletes all binaries other than itself at startup, more
 # than one candidate is unlikely. A binary that client.ini names goes first,
-# whatever its name and age: it is the one that the installer has verified.
+# whatever its name and age: it is the one that the maker wants to be used.
 # Without any candidate the script ends and launchd starts it again in a
 # moment.
 

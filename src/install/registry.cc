@@ -7,45 +7,41 @@
 #include "api/last_error.h"
 #include "install/detail.h"
 #include "support/files.h"
-#include "support/format.h"
 #include "support/log_file.h"
-#include "support/owned.h"
 #include "support/paths.h"
 
 namespace velnor {
 namespace {
 
 constexpr char kFunction[] = "vn_install";
-constexpr size_t kPieceSize = 1024;
+constexpr long kPieceSize = 1024;
 
-// True when the line ends here, so that a piece of a longer one never passes for a whole name.
-bool atLineEnd(FILE* registry) {
-    const int next = std::getc(registry);
-    if (next != EOF) std::ungetc(next, registry);
-    return next == EOF || next == '\n';
+// Reads up to the next line feed, which is dropped, or the end of the file; at most kPieceSize - 1
+// characters of the line go into `piece`. Returns the length of the whole line, -1 at the end.
+long readLine(FILE* registry, char* piece) {
+    long length = 0;
+    int c = std::getc(registry);
+    if (c == EOF) return -1;
+    for (; c != EOF && c != '\n'; c = std::getc(registry), ++length) {
+        if (length < kPieceSize - 1) piece[length] = static_cast<char>(c);
+    }
+    piece[length < kPieceSize ? length : kPieceSize - 1] = '\0';
+    return length;
 }
 
+// Lines that do not fit are longer than any name that is looked for in them.
 bool isListed(FILE* registry, const char* appName) {
     char piece[kPieceSize];
-    bool atLineStart = true;
-    while (std::fgets(piece, sizeof piece, registry) != nullptr) {
-        size_t length = std::strlen(piece);
-        const bool terminated = length > 0 && piece[length - 1] == '\n';
-        while (length > 0 && piece[length - 1] == '\n') piece[--length] = '\0';
-        if (atLineStart && std::strcmp(piece, appName) == 0 &&
-            (terminated || atLineEnd(registry))) {
-            return true;
-        }
-        atLineStart = terminated;
+    long length = 0;
+    while ((length = readLine(registry, piece)) >= 0) {
+        if (length < kPieceSize && std::strcmp(piece, appName) == 0) return true;
     }
     return false;
 }
 
 bool append(File registry, const char* appName) {
-    OwnedText line;
-    const int32_t length = _vn_snprintf(line.out(), 0, "%s\n", appName);
-    return length > 0 &&
-           writeAndClose(std::move(registry), line.get(), static_cast<size_t>(length));
+    const bool written = std::fprintf(registry.get(), "%s\n", appName) > 0;
+    return std::fclose(registry.release()) == 0 && written;
 }
 
 }  // namespace

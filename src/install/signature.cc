@@ -73,7 +73,7 @@ SignatureCheck _vn_mac_cryptPublicKeyDecrypt(const uint8_t* signature, uint32_t 
     if (!decrypted) return SignatureCheck::NoOutputMemory;
     const int count = RSA_public_decrypt(static_cast<int>(signatureSize), signature,
                                          decrypted.get(), key.get(), RSA_PKCS1_PADDING);
-    ERR_clear_error();  // the thread's OpenSSL errors belong to its other users
+    ERR_clear_error();  // the next user of OpenSSL on this thread would take them for its own
     if (count == 0) return failWith(INSTALL_ERROR_INTERNAL, SignatureCheck::EmptySignature);
     // Only an empty result is reported by a line of its own, deliberately; a signature that cannot
     // be decrypted is one that does not match.
@@ -145,6 +145,8 @@ int32_t _vn_checkAgainstSignature(const char* signatureHex, const char* url, con
     const bool hasUrl = url != nullptr && *url != '\0';
     const SignatureCheck check =
         velnor::checkSignature(hasUrl ? signatureHex : nullptr, data, size);
+    const uint32_t code = _vn_getLastError();
     velnor::logFailure(check, hasUrl ? url : "");
+    _vn_setLastError(code);
     return check == SignatureCheck::Verified ? 1 : 0;
 }

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <climits>
 #include <cstring>
 #include <utility>
 
@@ -38,26 +39,32 @@ bool isArchive(const char* urlKey) {
 // The process's current directory, returned to when this goes.
 class DirectoryKeeper {
   public:
-    DirectoryKeeper() : fd_(open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {}
+    DirectoryKeeper() : fd_(open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+        // One that may be entered and not read has only its name.
+        if (fd_ == -1 && getcwd(path_, sizeof path_) == nullptr) path_[0] = '\0';
+    }
     ~DirectoryKeeper() {
-        if (fd_ == -1) return;
-        static_cast<void>(fchdir(fd_) == 0);
-        close(fd_);
+        static_cast<void>((fd_ != -1 ? fchdir(fd_) : chdir(path_)) == 0);
+        if (fd_ != -1) close(fd_);
     }
     DirectoryKeeper(const DirectoryKeeper&) = delete;
     DirectoryKeeper& operator=(const DirectoryKeeper&) = delete;
 
   private:
     int fd_;
+    char path_[PATH_MAX];
 };
 
-void unpack(const char* installPath, const char* fileName) {
+// False when there is no memory for the command.
+bool unpack(const char* installPath, const char* fileName) {
     const OwnedText word(velnor::shellWord(fileName));
+    if (!word) return false;
     const DirectoryKeeper keeper;
     // Never in another directory: an archive could overwrite what lies there.
-    if (!word || chdir(installPath) != 0) return;
+    if (chdir(installPath) != 0) return true;
     velnor::runShell("/usr/bin/tar -zxf %s", word.get());
     VN_LOG_INFO(kFunction, "Untarred %s at location: %s", fileName, installPath);
+    return true;
 }
 
 // One artifact on its way. Every step returns false with the last error set when it ends the way.
@@ -149,8 +156,8 @@ int32_t _vn_downloadAndWrite(const char* iniText, const char* userAgent, Install
     }
     Artifact artifact{iniText, userAgent, context, urlKey, fileName, sigKey, {}, {}};
     if (artifact.findUrl(rewrite) && artifact.download(progressFrom, progressTo) &&
-        artifact.verify() && artifact.save(installPath)) {
-        if (isArchive(urlKey)) unpack(installPath, fileName);
+        artifact.verify() && artifact.save(installPath) &&
+        (!isArchive(urlKey) || unpack(installPath, fileName))) {
         _vn_setLastError(INSTALL_ERROR_OK);
     }
     return static_cast<int32_t>(_vn_getLastError());

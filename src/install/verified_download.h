@@ -13,7 +13,8 @@
 ///
 /// Returns the last error: 0 on success, also when the optional uninstaller is not named; 1 for a
 /// null argument; 15, 16, 17 or 21 with the URL, path or key as detail, or 5, 6, 7 without a
-/// buffer; 4 without memory. What happened is logged.
+/// buffer; 4 without memory (for the verification itself it counts as a failed one). What
+/// happened is logged.
 int32_t _vn_downloadAndWrite(const char* iniText, const char* userAgent, InstallContext* context,
                              bool rewrite, const char* urlKey, const char* fileName,
                              const char* sigKey, uint32_t progressFrom, uint32_t progressTo);

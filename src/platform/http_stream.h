@@ -39,9 +39,9 @@ class ProxyAuthentication {
 /// A request. All pointers stay the caller's and are valid for as long as the stream is.
 struct HttpRequest {
     const char* method;
-    const char* url;                                      // absolute
-    std::span<const HttpHeader> headers;                  // besides Host, all that is sent
-    const SystemProxies* proxies = nullptr;               // null: connect directly
+    const char* url;                         // absolute
+    std::span<const HttpHeader> headers;     // all that is sent besides Host and an authorization
+    const SystemProxies* proxies = nullptr;  // null: connect directly
     const ProxyAuthentication* authentication = nullptr;  // with credentials: answers a 407
     const Credentials* credentials = nullptr;
 };

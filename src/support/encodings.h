@@ -20,7 +20,7 @@ char* _vn_toHex(const uint8_t* bytes, uint32_t count);
 
 /// 1 for the characters that stand unencoded in a URL here (letters, digits, ".", "_", "-"), else
 /// 0.
-/// "~", unreserved by RFC 3986, is not among them: the client compares URLs in this encoding.
+/// "~" is not among them although RFC 3986 leaves it unreserved.
 int32_t _vn_isLegalURLChar(int32_t character);
 
 /// `text` with every other byte as "%" and two lower-case digits; a blank becomes "%20". Owned by

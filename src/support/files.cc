@@ -19,6 +19,8 @@ uint32_t _vn_readFile(const char* path, void* buffer, uint32_t size, const char*
 
 int32_t _vn_writeFile(const char* path, const void* buffer, uint32_t size, const char* mode) {
     velnor::File file = velnor::openFile(path, mode);
+    // Unbuffered, so that the bytes go out in one write and appended lines stay whole.
+    if (file) std::setvbuf(file.get(), nullptr, _IONBF, 0);
     if (file && velnor::writeAndClose(std::move(file), buffer, size)) return 1;
     _vn_setLastError(INSTALL_ERROR_DISK);
     return 0;

@@ -34,11 +34,10 @@ int32_t nextSize(int32_t size, int32_t length) {
 }  // namespace
 
 int32_t _vn_vsnprintf(char** out, int32_t size, const char* format, va_list arguments) {
-    *out = nullptr;
     velnor::OwnedText block;
     for (int32_t room = size > 0 ? size : kDefaultSize; room != 0;) {
         *block.out() = static_cast<char*>(_vn_malloc(static_cast<uint32_t>(room)));
-        if (!block) return 0;
+        if (!block) break;
         const int32_t length = formatOnce(block.get(), room, format, arguments);
         if (length >= 0 && length < room) {
             *out = block.release();
@@ -46,6 +45,7 @@ int32_t _vn_vsnprintf(char** out, int32_t size, const char* format, va_list argu
         }
         room = nextSize(room, length);
     }
+    *out = nullptr;
     _vn_setLastError(INSTALL_ERROR_INSUFFICIENTMEMORY);
     return 0;
 }

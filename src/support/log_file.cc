@@ -17,7 +17,7 @@ namespace {
 
 constexpr char kFormatVersion[] = "1001";
 
-// "eror" has four letters like the others, deliberately: readers of the log cut columns.
+// "eror" has four letters like the others, deliberately: the tags stand in a column.
 constexpr std::array<const char*, 3> kLevelTags{"info", "warn", "eror"};
 
 bool isMissing(const char* text) { return text == nullptr || *text == '\0'; }
@@ -61,6 +61,6 @@ void _vn_writeToLogFile(const char* logName, const char* sourceFile, const char*
                                         kFormatVersion, timestamp.get(), levelTag(level),
                                         sourceFile, functionName, line, message.get());
     if (length == 0) return;
-    // One write in append mode keeps lines of different threads whole.
+    // A single write in append mode keeps lines of different threads whole.
     _vn_writeFile(path.get(), text.get(), static_cast<uint32_t>(length), "ab");
 }

@@ -1,4 +1,4 @@
-// Heap memory of the library: one way in, one way out.
+// Heap memory of the library.
 #ifndef VELNOR_SUPPORT_MEMORY_H
 #define VELNOR_SUPPORT_MEMORY_H
 
@@ -21,8 +21,8 @@ void _vn_free(T** pointer) {
 /// memory.
 void* _vn_malloc(uint32_t size);
 
-/// Resizes `block` (null: a new one), as realloc(3) does. Null with code 4 when there is no memory;
-/// `block` is then still the caller's.
+/// Resizes `block` (null: a new one) to `size` bytes, not 0, as realloc(3) does. Null with code 4
+/// when there is no memory; `block` is then still the caller's.
 void* _vn_realloc(void* block, uint32_t size);
 
 #endif

@@ -26,8 +26,7 @@ bool velnor::formatPath(char* path, const char* format, ...) {
 
 int32_t _vn_getInstallPath(char* buffer, uint32_t size) {
     if (size < sizeof kInstallPath) {
-        // The memory code and not "Invalid Argument", deliberately: callers know it for both ways
-        // of having no room.
+        // The memory code and not "Invalid Argument", deliberately: what is short is room.
         _vn_setLastError(INSTALL_ERROR_INSUFFICIENTMEMORY);
         return 0;
     }

@@ -6,12 +6,11 @@
 
 namespace velnor {
 
-/// Size of the buffers that hold a path, in bytes, and so the limit of every path that the engine
-/// forms: one that does not fit with its terminator is refused.
+/// Size in bytes of the buffers that formatPath fills.
 inline constexpr uint32_t kPathSize = 1024;
 
-/// Formats a path into `path`, which holds kPathSize bytes. False, with nothing usable in `path`,
-/// when the text does not fit.
+/// Formats a path into `path`, which holds kPathSize bytes. False, with the text cut off in `path`,
+/// when it does not fit with its terminator.
 bool formatPath(char* path, const char* format, ...) __attribute__((format(printf, 2, 3)));
 
 }  // namespace velnor

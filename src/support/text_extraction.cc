@@ -4,6 +4,7 @@
 #include <cctype>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 
 #include "api/last_error.h"
 #include "support/format.h"
@@ -16,8 +17,12 @@ using velnor::OwnedText;
 namespace {
 
 char* copyRange(const char* begin, const char* end) {
-    const auto length = static_cast<uint32_t>(end - begin);
-    auto* copy = static_cast<char*>(_vn_malloc(length + 1));
+    const auto length = static_cast<size_t>(end - begin);
+    if (length >= std::numeric_limits<uint32_t>::max()) {
+        _vn_setLastError(INSTALL_ERROR_INSUFFICIENTMEMORY);
+        return nullptr;
+    }
+    auto* copy = static_cast<char*>(_vn_malloc(static_cast<uint32_t>(length + 1)));
     if (copy == nullptr) return nullptr;
     std::memcpy(copy, begin, length);
     copy[length] = '\0';
@@ -81,7 +86,7 @@ char* _vn_copyStringAndUnescape(const char* text) {
         _vn_setLastError(INSTALL_ERROR_INVALIDARGUMENT);
         return nullptr;
     }
-    auto* copy = static_cast<char*>(_vn_malloc(static_cast<uint32_t>(std::strlen(text)) + 1));
+    char* copy = copyRange(text, text + std::strlen(text));
     if (copy == nullptr) return nullptr;
     char* end = copy;
     while (*text != '\0') {
@@ -130,7 +135,7 @@ char* _vn_easyPluckJSONString(const char* json, const char* key) {
 int64_t _vn_easyPluckJSONInt(const char* json, const char* key) {
     const JSONValue value(json, key);
     const char* text = value.text();
-    // A sign is no digit, deliberately: no attribute of the client is ever negative.
+    // A sign is no digit, deliberately: a negative number counts as none.
     if (text == nullptr || *text < '0' || *text > '9') return 0;
     return std::atoll(text);
 }

@@ -31,15 +31,16 @@ void* __wrap_realloc(void* block, size_t size) {
 }
 }
 
-// The engine's own objects come from here; what throws is for the tests.
+// C++ libraries beneath the engine allocate here as well.
 void* operator new(size_t size, const std::nothrow_t&) noexcept {
     return fails(size) ? nullptr : __real_malloc(size);
 }
 void operator delete(void* block) noexcept { std::free(block); }
 void operator delete(void* block, size_t) noexcept { std::free(block); }
 void* operator new(size_t size) {
-    if (void* block = __real_malloc(size)) return block;
-    throw std::bad_alloc();
+    void* block = fails(size) ? nullptr : __real_malloc(size);
+    if (block == nullptr) throw std::bad_alloc();
+    return block;
 }
 
 namespace harness {
@@ -54,6 +55,9 @@ FailingAllocation::~FailingAllocation() { t_watching = false; }
 
 size_t FailingAllocation::count() const { return t_count; }
 size_t FailingAllocation::largest() const { return t_largest; }
-bool FailingAllocation::happened() const { return t_number != 0 && t_count >= t_number; }
+bool FailingAllocation::end() {
+    t_watching = false;
+    return t_number != 0 && t_count >= t_number;
+}
 
 }  // namespace harness

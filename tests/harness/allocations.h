@@ -19,8 +19,8 @@ class FailingAllocation {
     size_t count() const;
     size_t largest() const;
 
-    /// True when the chosen allocation was reached.
-    bool happened() const;
+    /// Ends the watch; true when the chosen allocation was reached.
+    bool end();
 };
 
 }  // namespace harness

@@ -86,14 +86,18 @@ TEST(Identity, NoMemoryIsNoIdentity) {
     harness::makeInstallDirectory();
     for (size_t number = 1; number < 50; ++number) {
         harness::writeFile(kPath, "");
-        const harness::FailingAllocation fail(number);
+        harness::FailingAllocation fail(number);
         const velnor::OwnedText guid(_vn_generateGuid());
-        if (!fail.happened()) return;
+        if (!fail.end()) return;
         // Failures of the log and of saving cost a line or the file, and no identity.
+        EXPECT_EQ(static_cast<bool>(guid), number > 1) << number;
         if (guid) {
             EXPECT_EQ(std::string(guid.get()).size(), 32U) << number;
         } else {
             EXPECT_EQ(_vn_getLastError(), INSTALL_ERROR_INSUFFICIENTMEMORY + 0U) << number;
+            EXPECT_EQ(
+                harness::logMessages().back(),
+                "[eror] _vn_generateGuid: Could not allocate enough memory for guid. Exiting");
         }
     }
     FAIL() << "no end of allocations";

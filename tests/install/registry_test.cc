@@ -45,6 +45,8 @@ TEST(Registry, FindsWholeLinesOnly) {
         {longLine, longLine, true},
         {longLine + "y\n", longLine, false},
         {std::string("Vel\0nor\n", 8), "Velnor", false},
+        {std::string("foo\0bar\nVelnor\n", 15), "Velnor", true},
+        {std::string("\0\nVelnor\n", 9), "Velnor", true},
     };
     for (const auto& row : rows) {
         harness::makeInstallDirectory();

@@ -63,6 +63,9 @@ TEST(BadReply, AnyOtherHonestFramingIsRead) {
         {"HTTP/1.1 200 OK\ncontent-length: 2\n\nhi", "hi"},
         {"HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\nhi and more", "hi"},
         {"HTTP/1.1 100 Continue\r\n\r\nHTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\nhi", "hi"},
+        {"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\nTrailer: X\r\n\r\n"
+         "2\r\nhi\r\n0\r\nX: y\r\n\r\n",
+         "hi"},
         {"HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n", ""},
         {"HTTP/1.1 200 OK\r\n\r\n", ""},
     };

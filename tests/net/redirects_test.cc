@@ -5,6 +5,7 @@
 
 #include "net/fetch.h"
 #include "sandbox/servers/file_server.h"
+#include "sandbox/servers/raw_server.h"
 #include "sandbox/servers/tls_files.h"
 
 namespace {
@@ -70,6 +71,14 @@ TEST_F(Redirects, EndAfterTwenty) {
     EXPECT_EQ(http_.requests().size(), 21U);
     EXPECT_EQ(fetch(plain("/21")).body, std::nullopt);
     EXPECT_EQ(http_.requests().size(), 21U + 2 * 21U);
+}
+
+TEST_F(Redirects, AreNotFollowedWhenTheirHeadersWereCut) {
+    const sandbox::RawServer cut([](int fd, const std::string&) {
+        sandbox::sendAll(fd, "HTTP/1.1 302 Found\r\nLocation: /next\r\nContent-Le");
+    });
+    EXPECT_EQ(fetch(urlOn(cut.port())).body, std::nullopt);
+    EXPECT_EQ(cut.heads().size(), 2U) << "one request for each attempt";
 }
 
 TEST_F(Redirects, HeadersOfTheFinalReplyCount) {

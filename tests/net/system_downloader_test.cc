@@ -143,10 +143,10 @@ size_t failEveryAllocation(const std::string& url, const std::string& body) {
     for (size_t number = 1; number < 200; ++number) {
         _vn_setLastError(0);
         uint32_t size = 0;
-        const harness::FailingAllocation fail(number);
+        harness::FailingAllocation fail(number);
         const velnor::OwnedText fetched(
             _vn_downloadVelnorURL("a", url.c_str(), &size, nullptr, 0, 0));
-        if (!fail.happened()) return failures;
+        if (!fail.end()) return failures;
         if (fetched) {
             EXPECT_TRUE(std::string(fetched.get(), size) == body) << number;
         } else {

@@ -62,6 +62,11 @@ TEST(Tls, TheEnvironmentNamesTheTrustStore) {
     setenv("SSL_CERT_DIR", "/tmp/store", 1);
     EXPECT_EQ(fetchFrom(unknown), "unknown");
     EXPECT_EQ(fetchFrom(known), std::nullopt);
+
+    setenv("SSL_CERT_DIR", "/no/such/folder:/tmp/store", 1);
+    EXPECT_EQ(fetchFrom(unknown), "unknown");
+    setenv("SSL_CERT_FILE", "/etc/passwd", 1);
+    EXPECT_EQ(fetchFrom(unknown), "unknown") << "a file without a certificate names nobody";
 }
 
 TEST(Tls, APlainServerOnTheSecurePortFails) {

@@ -7,4 +7,5 @@ velnor_room(platform
   SOURCES platform/linux/curl_handle.cc platform/linux/http_stream_curl.cc
     platform/linux/keychain_libsecret.cc platform/linux/system_proxies_libproxy.cc
   USES velnor_support)
-target_link_libraries(velnor_platform PRIVATE PkgConfig::CURL PkgConfig::PROXY PkgConfig::SECRET)
+target_link_libraries(velnor_platform PRIVATE PkgConfig::CURL PkgConfig::PROXY PkgConfig::SECRET
+  OpenSSL::SSL)

@@ -1,27 +1,27 @@
 // libcurl transfers, set up.
 #include "platform/linux/curl_handle.h"
 
+#include <openssl/err.h>
+#include <openssl/ssl.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
-#include <cstdlib>
-
-#include "platform/linux/system_proxies_libproxy.h"
 #include "support/format.h"
 
 namespace velnor::platform {
 namespace {
 
-// A file or folder that the environment names in place of the system's trust store, as OpenSSL's
-// own programs take it (SSL_CTX_set_default_verify_paths(3)): one that cannot be read counts as
-// empty.
-void setTrustPath(CURL* easy, CURLoption option, CURLoption proxyOption, const char* variable) {
-    const char* path = std::getenv(variable);
-    if (path == nullptr) return;
-    if (access(path, R_OK) != 0) path = nullptr;
-    curl_easy_setopt(easy, option, path);
-    curl_easy_setopt(easy, proxyOption, path);
+// Trusts what OpenSSL's own programs trust: the system's store, or what SSL_CERT_FILE and
+// SSL_CERT_DIR name in its place (SSL_CTX_set_default_verify_paths(3)). libcurl itself does not
+// look at those.
+CURLcode trustSystemStore(CURL*, void* context, void*) {
+    auto* tls = static_cast<SSL_CTX*>(context);
+    const bool done = SSL_CTX_set_default_verify_paths(tls) == 1;
+    ERR_clear_error();
+    return done ? CURLE_OK : CURLE_SSL_CACERT_BADFILE;
 }
+
+// The port under which the keychain knows a proxy whose address names none.
+constexpr long kDefaultProxyPort = 80;
 
 // Close-on-exec, so that a client that is started meanwhile does not inherit the connection.
 curl_socket_t openSocket(void*, curlsocktype, curl_sockaddr* address) {
@@ -47,7 +47,11 @@ Slist makeHeaderList(const HttpRequest& request) {
     Slist list;
     for (const HttpHeader& header : request.headers) {
         OwnedText line;
-        if (_vn_snprintf(line.out(), 0, "%s: %s", header.name, header.value) == 0) return nullptr;
+        // libcurl takes a header that ends in a colon as one to leave out, and wants this one so.
+        const char* separator = *header.value != '\0' ? ": " : ";";
+        if (_vn_snprintf(line.out(), 0, "%s%s%s", header.name, separator, header.value) == 0) {
+            return nullptr;
+        }
         if (!append(list, line.get())) return nullptr;
     }
     if (!append(list, "Accept:") || !append(list, "Proxy-Connection:")) return nullptr;
@@ -73,17 +77,26 @@ Easy makeEasy() {
     curl_easy_setopt(easy, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
     curl_easy_setopt(easy, CURLOPT_HEADEROPT, static_cast<long>(CURLHEADER_SEPARATE));
     curl_easy_setopt(easy, CURLOPT_OPENSOCKETFUNCTION, openSocket);
-    setTrustPath(easy, CURLOPT_CAINFO, CURLOPT_PROXY_CAINFO, "SSL_CERT_FILE");
-    setTrustPath(easy, CURLOPT_CAPATH, CURLOPT_PROXY_CAPATH, "SSL_CERT_DIR");
+    // Without it, giving up on a name that no server resolves would wait for the resolver.
+    curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);
+    for (const CURLoption path :
+         {CURLOPT_CAINFO, CURLOPT_CAPATH, CURLOPT_PROXY_CAINFO, CURLOPT_PROXY_CAPATH}) {
+        curl_easy_setopt(easy, path, nullptr);
+    }
+    curl_easy_setopt(easy, CURLOPT_SSL_CTX_FUNCTION, trustSystemStore);
     return handle;
 }
 
-bool setProxy(CURL* easy, const SystemProxies* proxies, const char* url) {
-    OwnedText proxy;
-    if (proxies != nullptr) proxy = static_cast<const LibproxyProxies*>(proxies)->proxyFor(url);
-    // Both are set in every case, else libcurl would read the environment by rules of its own.
-    return curl_easy_setopt(easy, CURLOPT_PROXY, proxy ? proxy.get() : "") == CURLE_OK &&
-           curl_easy_setopt(easy, CURLOPT_NOPROXY, "") == CURLE_OK;
+bool setProxy(CURL* easy, const char* proxy, const Credentials* credentials) {
+    // Everything is set in every case, else libcurl would read the environment by rules of its own,
+    // or carry an account from one proxy to the next.
+    const char* user = credentials != nullptr ? credentials->user.get() : nullptr;
+    const char* password = credentials != nullptr ? credentials->password.get() : nullptr;
+    return curl_easy_setopt(easy, CURLOPT_PROXY, proxy != nullptr ? proxy : "") == CURLE_OK &&
+           curl_easy_setopt(easy, CURLOPT_NOPROXY, "") == CURLE_OK &&
+           curl_easy_setopt(easy, CURLOPT_PROXYPORT, kDefaultProxyPort) == CURLE_OK &&
+           curl_easy_setopt(easy, CURLOPT_PROXYUSERNAME, user) == CURLE_OK &&
+           curl_easy_setopt(easy, CURLOPT_PROXYPASSWORD, password) == CURLE_OK;
 }
 
 }  // namespace velnor::platform

@@ -34,8 +34,9 @@ Slist makeProxyHeaderList();
 /// inherited sockets, no redirects of libcurl's own. Null without memory.
 Easy makeEasy();
 
-/// Sets the proxy for the next transfer of `easy` to what `proxies` names for `url`; null: direct.
-bool setProxy(CURL* easy, const SystemProxies* proxies, const char* url);
+/// Sets the proxy for the next transfer of `easy`, null to connect directly, and the account to use
+/// with it, null for none but one that `proxy` names itself.
+bool setProxy(CURL* easy, const char* proxy, const Credentials* credentials);
 
 }  // namespace velnor::platform
 

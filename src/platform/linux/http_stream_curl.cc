@@ -11,13 +11,14 @@
 #include "platform/linux/curl_handle.h"
 #include "platform/linux/sigpipe_guard.h"
 #include "platform/linux/stream_buffer.h"
+#include "platform/linux/system_proxies_libproxy.h"
 #include "support/format.h"
 
 namespace velnor::platform {
 namespace {
 
 constexpr int kMaxRedirects = 20;
-constexpr long kReceiveSize = 64 * 1024;
+constexpr long kReceiveSize = 128 * 1024;
 constexpr int kProxyAuthenticationRequired = 407;
 // How long one wait of a read lasts; a read has no limit, so it only bounds a missed wake-up.
 constexpr int kReadWait = 1000;
@@ -28,7 +29,8 @@ class CurlProxyAuthentication final : public ProxyAuthentication {
     bool requiresUserNameAndPassword() const override { return scheme() != CURLAUTH_NONE; }
 
     /// The strongest scheme that works with a name and a password. One and not the whole set: given
-    /// a choice, libcurl would first ask the proxy once more without credentials.
+    /// a choice, libcurl would first ask the proxy once more without credentials. (For Digest it
+    /// does so anyway, to get a nonce of its own.)
     long scheme() const {
         for (const unsigned long scheme : {CURLAUTH_DIGEST, CURLAUTH_NTLM, CURLAUTH_BASIC}) {
             if ((static_cast<unsigned long>(schemes_) & scheme) != 0) {
@@ -75,6 +77,7 @@ class CurlStream final : public HttpStream {
 
     void setOptions();
     bool begin(const char* url);
+    bool chooseProxy();
     template <class Known>
     void pumpUntil(Known known, int milliseconds);
     void pump(int milliseconds);
@@ -86,12 +89,15 @@ class CurlStream final : public HttpStream {
     bool isRedirectResponse() const;
     void followRedirect(const char* target);
 
+    // For the stream's whole life, and gone last: closing a TLS connection writes to it, too.
+    SigpipeGuard sigpipeGuard_;
     HttpRequest request_;
     Slist headers_;
     Slist proxyHeaders_;
     Multi multi_;
     Easy easy_;
     OwnedText url_;
+    OwnedText firstProxy_;
     StreamBuffer buffer_;
     StreamStatus status_ = StreamStatus::NotOpen;
     bool paused_ = false;
@@ -102,7 +108,6 @@ class CurlStream final : public HttpStream {
 };
 
 CurlStream::~CurlStream() {
-    const SigpipeGuard guard;  // closing a TLS connection writes to it
     if (multi_ && easy_) curl_multi_remove_handle(multi_.get(), easy_.get());
     easy_.reset();
     multi_.reset();
@@ -130,11 +135,9 @@ void CurlStream::setOptions() {
     curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
     curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, onBody);
     curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
-    if (request_.authentication == nullptr || request_.credentials == nullptr) return;
+    if (request_.authentication == nullptr) return;
     const auto* demanded = static_cast<const CurlProxyAuthentication*>(request_.authentication);
     curl_easy_setopt(easy, CURLOPT_PROXYAUTH, demanded->scheme());
-    curl_easy_setopt(easy, CURLOPT_PROXYUSERNAME, request_.credentials->user.get());
-    curl_easy_setopt(easy, CURLOPT_PROXYPASSWORD, request_.credentials->password.get());
 }
 
 bool CurlStream::open() {
@@ -146,9 +149,24 @@ bool CurlStream::open() {
 // Starts the transfer of one hop.
 bool CurlStream::begin(const char* url) {
     return _vn_snprintf(url_.out(), 0, "%s", url) != 0 &&
-           curl_easy_setopt(easy_.get(), CURLOPT_URL, url_.get()) == CURLE_OK &&
-           setProxy(easy_.get(), request_.proxies, url_.get()) &&
+           curl_easy_setopt(easy_.get(), CURLOPT_URL, url_.get()) == CURLE_OK && chooseProxy() &&
            curl_multi_add_handle(multi_.get(), easy_.get()) == CURLM_OK;
+}
+
+// The credentials belong to the proxy of the first hop and go to no other. They come in place of an
+// account that the proxy's own address names.
+bool CurlStream::chooseProxy() {
+    if (request_.proxies == nullptr) return setProxy(easy_.get(), nullptr, nullptr);
+    OwnedText proxy = static_cast<const LibproxyProxies*>(request_.proxies)->proxyFor(url_.get());
+    const bool isFirst = redirects_ == 0;
+    const bool isSame = proxy && firstProxy_ && std::strcmp(proxy.get(), firstProxy_.get()) == 0;
+    const bool isTheirs = proxy && request_.credentials != nullptr && (isFirst || isSame);
+    const OwnedText bare = isTheirs ? LibproxyProxies::withoutAccount(proxy) : OwnedText();
+    if (isTheirs && !bare) return false;
+    const bool set = setProxy(easy_.get(), isTheirs ? bare.get() : proxy.get(),
+                              isTheirs ? request_.credentials : nullptr);
+    if (isFirst) firstProxy_ = std::move(proxy);
+    return set;
 }
 
 void CurlStream::waitUntilOpen(int milliseconds) {
@@ -199,9 +217,11 @@ int CurlStream::onConnected(void* self, char*, char*, int, int) {
     return CURL_PREREQFUNC_OK;
 }
 
-// Called for every header line and for the empty one that ends a header block.
+// Called for every header line, the empty one that ends a header block, and trailers behind a body.
 size_t CurlStream::onHeaderLine(char* line, size_t, size_t size, void* self) {
-    static_cast<CurlStream*>(self)->headersEnded_ = *line == '\r' || *line == '\n';
+    auto* stream = static_cast<CurlStream*>(self);
+    if (*line == '\r' || *line == '\n') stream->headersEnded_ = true;
+    if (size > 5 && std::memcmp(line, "HTTP/", 5) == 0) stream->headersEnded_ = false;
     return size;
 }
 
@@ -238,7 +258,6 @@ void CurlStream::pump(int milliseconds) {
 
 // Lets libcurl do what it can do without waiting.
 void CurlStream::perform() {
-    const SigpipeGuard guard;
     if (paused_ && !buffer_.full()) {
         paused_ = false;
         curl_easy_pause(easy_.get(), CURLPAUSE_CONT);
@@ -253,7 +272,7 @@ void CurlStream::perform() {
 void CurlStream::finish(CURLcode result) {
     char* target = nullptr;
     curl_easy_getinfo(easy_.get(), CURLINFO_REDIRECT_URL, &target);
-    if (result == CURLE_OK && isRedirectResponse() && target != nullptr) {
+    if (result == CURLE_OK && isWhole() && isRedirectResponse() && target != nullptr) {
         followRedirect(target);
         return;
     }

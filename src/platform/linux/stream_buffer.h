@@ -13,7 +13,7 @@ namespace velnor::platform {
 class StreamBuffer {
   public:
     /// libcurl is asked to pause once this many bytes wait, so that a slow reader costs no memory.
-    static constexpr uint32_t kHighWater = 128 * 1024;
+    static constexpr uint32_t kHighWater = 64 * 1024;
 
     bool empty() const { return begin_ == end_; }
     bool full() const { return end_ - begin_ >= kHighWater; }

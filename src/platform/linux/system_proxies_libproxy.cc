@@ -5,7 +5,9 @@
 #include <cstring>
 #include <new>
 
+#include "api/last_error.h"
 #include "support/format.h"
+#include "velnor/capi.h"
 
 namespace velnor::platform {
 namespace {
@@ -27,12 +29,18 @@ OwnedText copyText(const char* text, size_t length) {
     return copy;
 }
 
+// Where the host begins in "[user:password@]host[:port][/]".
+const char* hostOf(const char* authority) {
+    const char* host = authority;
+    for (const char* c = authority; *c != '\0' && *c != '/'; ++c) {
+        if (*c == '@') host = c + 1;
+    }
+    return host;
+}
+
 // Takes "[user:password@]host[:port][/]" apart; the host of "[::1]:80" is "::1".
 OwnedText splitAuthority(const char* authority, int32_t* port) {
-    const char* end = authority + std::strcspn(authority, "/");
-    for (const char* c = authority; c != end; ++c) {
-        if (*c == '@') authority = c + 1;
-    }
+    authority = hostOf(authority);
     const bool bracketed = *authority == '[';
     const char* host = bracketed ? authority + 1 : authority;
     const char* hostEnd = host + std::strcspn(host, bracketed ? "]" : ":/");
@@ -56,6 +64,15 @@ OwnedText LibproxyProxies::proxyFor(const char* url) const {
     return socks;
 }
 
+OwnedText LibproxyProxies::withoutAccount(const OwnedText& proxy) {
+    const char* separator = std::strstr(proxy.get(), "://");
+    const char* authority = separator != nullptr ? separator + 3 : proxy.get();
+    OwnedText plain;
+    _vn_snprintf(plain.out(), 0, "%.*s%s", static_cast<int>(authority - proxy.get()), proxy.get(),
+                 hostOf(authority));
+    return plain;
+}
+
 OwnedText LibproxyProxies::configuredHost(ProxyProtocol protocol, const char* url,
                                           int32_t* port) const {
     OwnedText proxy = proxyFor(url);
@@ -69,7 +86,14 @@ OwnedText LibproxyProxies::configuredHost(ProxyProtocol protocol, const char* ur
 }
 
 std::unique_ptr<SystemProxies> copySystemProxies() {
-    pxProxyFactory* factory = px_proxy_factory_new();
+    pxProxyFactory* factory = nullptr;
+    try {
+        factory = px_proxy_factory_new();
+    } catch (...) {
+        // libproxy is C++ behind its C interface and lets what it meets pass.
+        _vn_setLastError(INSTALL_ERROR_INSUFFICIENTMEMORY);
+        return nullptr;
+    }
     if (factory == nullptr) return nullptr;
     std::unique_ptr<SystemProxies> proxies(new (std::nothrow) LibproxyProxies(factory));
     if (!proxies) px_proxy_factory_free(factory);

@@ -1,0 +1,38 @@
+// Benchmarks in pairs, and the table that puts each beside its peer.
+#ifndef BENCH_COMPARISON_H
+#define BENCH_COMPARISON_H
+
+#include <benchmark/benchmark.h>
+
+#include <functional>
+#include <string>
+
+namespace bench {
+
+/// What the figure of a pair must stay within; `text` says it.
+struct Limit {
+    enum class Kind {
+        None,
+        MaxRatio,        // ours / peer
+        MaxExtraMillis,  // ours - peer
+    } kind = Kind::None;
+    double value = 0;
+};
+
+using Body = std::function<void(benchmark::State&)>;
+
+/// Registers both sides of a comparison; what they measure is time, unless a side sets the counter
+/// "value", which then counts in the given unit.
+void compare(const std::string& name, Body ours, const std::string& peerName, Body peer,
+             Limit limit, bool manualTime = false, int iterations = 0);
+
+/// A figure with a limit and no peer, in MiB: the counter "value" of `body`.
+void measureMiB(const std::string& name, Body body, double limit);
+
+/// Runs everything that was registered and prints the table. False when a limit was broken or a
+/// side failed.
+bool runAndPrint();
+
+}  // namespace bench
+
+#endif

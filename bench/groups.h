@@ -1,0 +1,15 @@
+// The groups of benchmarks; each function registers one.
+#ifndef BENCH_GROUPS_H
+#define BENCH_GROUPS_H
+
+namespace bench {
+
+void addDownloads();
+void addMemory();
+void addInstallation();
+void addLogLine();
+void addJson();
+
+}  // namespace bench
+
+#endif
