@@ -5,19 +5,28 @@
 #include <openssl/ssl.h>
 #include <sys/socket.h>
 
+#include <cstdlib>
+
 #include "support/format.h"
 
 namespace velnor::platform {
 namespace {
 
-// Trusts what OpenSSL's own programs trust: the system's store, or what SSL_CERT_FILE and
-// SSL_CERT_DIR name in its place (SSL_CTX_set_default_verify_paths(3)). libcurl itself does not
-// look at those.
-CURLcode trustSystemStore(CURL*, void* context, void*) {
+// Trusts what OpenSSL's own programs trust under SSL_CERT_FILE and SSL_CERT_DIR
+// (SSL_CTX_set_default_verify_paths(3)); libcurl itself looks at neither.
+CURLcode loadVerifyPaths(CURL*, void* context, void*) {
     auto* tls = static_cast<SSL_CTX*>(context);
     const bool done = SSL_CTX_set_default_verify_paths(tls) == 1;
     ERR_clear_error();
     return done ? CURLE_OK : CURLE_SSL_CACERT_BADFILE;
+}
+
+void trustEnvironment(CURL* easy) {
+    for (const CURLoption store :
+         {CURLOPT_CAINFO, CURLOPT_CAPATH, CURLOPT_PROXY_CAINFO, CURLOPT_PROXY_CAPATH}) {
+        curl_easy_setopt(easy, store, nullptr);
+    }
+    curl_easy_setopt(easy, CURLOPT_SSL_CTX_FUNCTION, loadVerifyPaths);
 }
 
 // The port under which the keychain knows a proxy whose address names none.
@@ -79,11 +88,9 @@ Easy makeEasy() {
     curl_easy_setopt(easy, CURLOPT_OPENSOCKETFUNCTION, openSocket);
     // Without it, giving up on a name that no server resolves would wait for the resolver.
     curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);
-    for (const CURLoption path :
-         {CURLOPT_CAINFO, CURLOPT_CAPATH, CURLOPT_PROXY_CAINFO, CURLOPT_PROXY_CAPATH}) {
-        curl_easy_setopt(easy, path, nullptr);
+    if (std::getenv("SSL_CERT_FILE") != nullptr || std::getenv("SSL_CERT_DIR") != nullptr) {
+        trustEnvironment(easy);
     }
-    curl_easy_setopt(easy, CURLOPT_SSL_CTX_FUNCTION, trustSystemStore);
     return handle;
 }
 

@@ -1,0 +1,83 @@
+# The front door: on a fresh Debian machine, "make run" does everything from the packages on.
+#   PRESET=debug|sanitizers   another build than release (CMakePresets.json)
+#   WERROR=ON                 compiler warnings are errors
+#   CMAKE_ARGS=-D...          more settings for the build, such as a deployment's
+SHELL := /bin/bash
+.SHELLFLAGS := -o pipefail -ec
+PRESET ?= release
+build := build/$(PRESET)
+jobs := $(shell nproc)
+# Many cases wait more than they compute.
+test_jobs := $(shell n=$$(nproc); echo $$((n > 2 ? n : 2)))
+
+# Files in the checkout that are ours: tracked, or new and not ignored.
+ours := git ls-files --cached --others --exclude-standard --
+cxx_files = $(shell $(ours) '*.cc' '*.h' '*.c' '*.mm')
+checked_folders := src deploy tools sandbox
+shell_scripts = $(shell git grep --untracked -lE '^\#!.*\b(ba)?sh$$' -- ':!*.md' ':!*.cc')
+# Without the commands, the counts of what is not ours, and the colours.
+clang_tidy_findings = sed -E -e '/^clang-tidy|warnings? generated\.$$/d' -e 's/\x1b\[[0-9;]*m//g' \
+	$(build)/clang-tidy.log
+
+.DEFAULT_GOAL := help
+.PHONY: help deps configure build run test bench lint clean \
+	lint-format lint-c99 lint-shell lint-cppcheck lint-tidy
+
+help:
+	@echo 'make run     install the client in a rehearsal world, and show what happened'
+	@echo 'make test    build and run the tests'
+	@echo 'make bench   build and run the benchmarks'
+	@echo 'make lint    format, static analysis, scripts, the public header'
+	@echo 'make deps    install the Debian packages that are missing (packages.txt)'
+	@echo 'make clean   remove everything that was built'
+	@echo
+	@sed -n 's/^#   /  /p' Makefile
+
+deps:
+	@tools/install_packages packages.txt
+
+configure: deps
+	@cmake --preset $(PRESET) $(if $(WERROR),-DVELNOR_WERROR=$(WERROR)) $(CMAKE_ARGS) | \
+		sed -n '/deployment\|VELNOR/s/^-- //p'
+
+build: configure
+	@cmake --build --preset $(PRESET) --parallel $(jobs)
+
+run: configure
+	@cmake --build --preset $(PRESET) --parallel $(jobs) --target sandbox_world vnctl vn-publish
+	@sandbox/rehearse $(build)
+
+test: build
+	@ctest --preset $(PRESET) --parallel $(test_jobs)
+
+bench: configure
+	@cmake --build --preset $(PRESET) --parallel $(jobs) --target sandbox_world velnor_bench
+	@sandbox/enter --build $(build) -- $(build)/bench/velnor_bench
+
+lint: lint-format lint-c99 lint-shell lint-cppcheck lint-tidy
+
+lint-format: deps
+	@echo 'clang-format'
+	@clang-format --dry-run --Werror $(cxx_files)
+
+lint-c99: deps
+	@echo 'The public header as C99'
+	@gcc -std=c99 -pedantic -Wall -Wextra -Werror -fsyntax-only -x c include/velnor/capi.h
+
+lint-shell: deps
+	@echo 'shellcheck'
+	@shellcheck $(shell_scripts)
+
+lint-cppcheck: deps
+	@echo 'cppcheck'
+	@cppcheck --quiet -j $(jobs) --language=c++ --std=c++20 --error-exitcode=1 --inline-suppr \
+		--enable=warning,performance,portability --suppress=missingInclude \
+		-I src -I include -I tools -I deploy $(checked_folders)
+
+lint-tidy: configure
+	@echo 'clang-tidy'
+	@$(ours) $(checked_folders:=/*.cc) | xargs run-clang-tidy -quiet -j $(jobs) -p $(build) \
+		>$(build)/clang-tidy.log 2>&1 || { $(clang_tidy_findings); exit 1; }
+
+clean:
+	rm -rf build

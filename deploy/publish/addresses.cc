@@ -1,0 +1,97 @@
+// URL rules, each for a step of the installation.
+#include "publish/addresses.h"
+
+#include <strings.h>
+
+#include <array>
+#include <cctype>
+#include <stdexcept>
+
+#include "install/client_ini.h"
+
+namespace deploy {
+namespace {
+
+// Joined to an upload URL: "/", the GUID's 32 digits and ".log". The engine cuts the result to fit
+// 255 characters.
+constexpr size_t kLogNameLength = 1 + 32 + 4;
+constexpr size_t kLongestLogTarget = 255;
+constexpr size_t kLongestFileName = 255;
+
+// What else an installation keeps in the install directory.
+constexpr std::array kTakenNames{"accepteula.txt", "appregistry.dat", "appregistry.dat.bak",
+                                 "client.ini",     "guid.ini",        "installer.txt",
+                                 "ksmacui.tar.gz", "loader.pl",       "uninstall.tar.gz"};
+
+void require(bool holds, const std::string& url, const std::string& advice) {
+    if (!holds) throw std::runtime_error("unusable URL " + url + ": " + advice);
+}
+
+bool isHexPair(const std::string& text, size_t position) {
+    return position + 1 < text.size() &&
+           std::isxdigit(static_cast<unsigned char>(text[position])) &&
+           std::isxdigit(static_cast<unsigned char>(text[position + 1]));
+}
+
+// The downloader takes the characters of a URI (RFC 3986, section 2) and refuses all others.
+void checkCharacters(const std::string& url) {
+    static constexpr char kAllowed[] =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~:/?#[]@!$&'()*+,;=%";
+    require(url.find_first_not_of(kAllowed) == std::string::npos, url,
+            "write blanks, line breaks and all but plain ASCII characters as %XX");
+    for (size_t at = url.find('%'); at != std::string::npos; at = url.find('%', at + 1)) {
+        require(isHexPair(url, at + 1), url, "write a % of its own as %25");
+    }
+}
+
+// The part behind `scheme`, which must begin with a host and go on with a path.
+void checkHostAndPath(const std::string& url, size_t schemeLength) {
+    const size_t slash = url.find('/', schemeLength);
+    require(slash != std::string::npos && slash != schemeLength, url,
+            "give a host and, behind it, a path");
+}
+
+// The launcher takes what stands behind the last "/" and, when there is no such file, the newest
+// client whose name begins in one of these ways.
+bool isFoundByLauncher(const std::string& url, const std::string& name) {
+    return name == url.substr(url.rfind('/') + 1) || name.starts_with("ksmac_") ||
+           name.starts_with("corvane_mac_");
+}
+
+}  // namespace
+
+void checkArtifactUrl(const std::string& url) {
+    checkCharacters(url);
+    const bool isHttps = url.starts_with("https://");
+    require(isHttps || url.starts_with("http://"), url, "begin it with https:// or http://");
+    checkHostAndPath(url, isHttps ? sizeof "https://" - 1 : sizeof "http://" - 1);
+}
+
+void checkClientUrl(const std::string& url) {
+    checkArtifactUrl(url);
+    const char* fileName = velnor::fileNameOf(url.c_str());
+    require(fileName != nullptr, url,
+            "end it with the client's file name, behind the last \"/\" or \"=\"");
+    const std::string name = fileName;
+    require(name.size() <= kLongestFileName, url, "its file name is longer than a disk takes");
+    for (const char* taken : kTakenNames) {
+        // Letter case makes no difference on the disks that this is installed on.
+        require(strcasecmp(fileName, taken) != 0, url,
+                "the installation has another file of the name " + name + "; rename the client");
+    }
+    require(isFoundByLauncher(url, name), url,
+            "the launcher would not find a client of the name " + name +
+                "; give it one that begins with ksmac_");
+}
+
+void checkLogUrl(const std::string& url) {
+    checkCharacters(url);
+    require(url.starts_with("http://"), url,
+            "logs are uploaded over plain HTTP; begin it with http://");
+    checkHostAndPath(url, sizeof "http://" - 1);
+    require(url.size() + kLogNameLength <= kLongestLogTarget, url,
+            "with the log's name it would be cut off; shorten it to " +
+                std::to_string(kLongestLogTarget - kLogNameLength) + " characters");
+}
+
+}  // namespace deploy

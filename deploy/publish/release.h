@@ -1,0 +1,33 @@
+// A release to be published: what its maker decides, in the words of client.ini.
+#ifndef VELNOR_DEPLOY_PUBLISH_RELEASE_H
+#define VELNOR_DEPLOY_PUBLISH_RELEASE_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace deploy {
+
+struct Artifact {
+    std::string file;
+    std::string url;  // under which the file will be served
+};
+
+struct Release {
+    Artifact client;
+    Artifact uiTool;
+    std::optional<Artifact> uninstaller;
+    std::string logUrl;
+    bool isRewritten = false;
+    std::optional<int64_t> uninstallTimeout;  // seconds
+};
+
+/// Signs the artifacts of `release` with the private key in the file `keyPath` and writes the
+/// client.ini that offers them to the file `output`, which it replaces. Everything is first checked
+/// as an installation will see it. Throws std::runtime_error with a message that says what to do;
+/// `output` is then as it was.
+void publish(const Release& release, const std::string& keyPath, const std::string& output);
+
+}  // namespace deploy
+
+#endif

@@ -1,0 +1,85 @@
+// vn-publish: artifacts and their URLs in, signatures and a complete client.ini out.
+#include <iostream>
+#include <limits>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "program/command_line.h"
+#include "publish/release.h"
+
+namespace {
+
+constexpr char kDescription[] =
+    "Signs the artifacts of a release and writes the client.ini that offers them to installers.\n"
+    "All of it is checked with the installer's own code first. When anything is wrong, a message\n"
+    "says what to do, and no file is written.\n";
+
+struct Options {
+    deploy::Release release;
+    std::string key;
+    std::string output;
+};
+
+// `artifact` is an Artifact, or may be left out.
+template <class MaybeArtifact>
+CLI::Option* addArtifact(CLI::App& app, const char* name, MaybeArtifact& artifact,
+                         const char* description) {
+    using Words = std::pair<std::string, std::string>;
+    return app
+        .add_option_function<Words>(
+            name,
+            [&artifact](const Words& words) {
+                artifact = deploy::Artifact{words.first, words.second};
+            },
+            description)
+        ->type_name("FILE URL");
+}
+
+void addArtifacts(CLI::App& app, deploy::Release& release) {
+    addArtifact(app, "--client", release.client, "The client; its URL ends with its file name")
+        ->required();
+    addArtifact(app, "--ui-tool", release.uiTool,
+                "The archive of the user-interface tool (.tar.gz)")
+        ->required();
+    addArtifact(app, "--uninstaller", release.uninstaller,
+                "The archive of the uninstaller (.tar.gz)");
+}
+
+void addSettings(CLI::App& app, Options& options) {
+    app.add_option("--key", options.key, "The private key that vn-keygen made")
+        ->required()
+        ->type_name("PRIVATE.pem");
+    app.add_option("--log-url", options.release.logUrl,
+                   "The http:// URL that installers put their logs under")
+        ->required()
+        ->type_name("URL");
+    app.add_flag("--content-host-rewrite", options.release.isRewritten,
+                 "Fetch the artifacts through the content host that the installer was built for");
+    app.add_option("--uninstall-timeout", options.release.uninstallTimeout,
+                   "How long an uninstallation waits for the client (10 when not given)")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(1, std::numeric_limits<int32_t>::max()).description(""));
+    app.add_option("--output", options.output, "The client.ini to write or replace")
+        ->required()
+        ->type_name("client.ini");
+}
+
+int publish(const Options& options) {
+    deploy::publish(options.release, options.key, options.output);
+    std::cout << "Wrote " << options.output << "; installers will accept what it offers.\n";
+    return 0;
+}
+
+program::Body setUp(CLI::App& app) {
+    const auto options = std::make_shared<Options>();
+    addArtifacts(app, options->release);
+    addSettings(app, *options);
+    return [options] { return publish(*options); };
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    return program::run("vn-publish", kDescription, setUp, argc, argv);
+}

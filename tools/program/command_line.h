@@ -1,0 +1,26 @@
+// What every command-line program of this project does with its arguments and its failures.
+#ifndef VELNOR_TOOLS_PROGRAM_COMMAND_LINE_H
+#define VELNOR_TOOLS_PROGRAM_COMMAND_LINE_H
+
+#include <CLI/CLI.hpp>
+#include <functional>
+
+namespace program {
+
+/// Does the work once the command line is parsed; returns the exit status.
+using Body = std::function<int()>;
+
+/// Adds a program's options to `app` and returns what to do with them.
+using SetUp = Body (*)(CLI::App& app);
+
+/// Runs a program. Returns the exit status: the body's; 1 when anything throws, with the
+/// exception's message on standard error behind the program's name; 2 for a command line that is
+/// wrong, with advice; 0 for --help, to which the exit statuses are added.
+int run(const char* name, const char* description, SetUp setUp, int argc, char** argv);
+
+/// Flushes standard output. Throws std::system_error when something that was printed got lost.
+void finishOutput();
+
+}  // namespace program
+
+#endif

@@ -1,0 +1,15 @@
+// The subcommands of vnctl: a file for each.
+#ifndef VELNOR_TOOLS_VNCTL_COMMANDS_H
+#define VELNOR_TOOLS_VNCTL_COMMANDS_H
+
+#include "program/command_line.h"
+
+namespace vnctl {
+
+// Each adds its subcommand to `app`. When the command line picks it, `chosen` becomes what to do.
+
+void addInstall(CLI::App& app, program::Body& chosen);
+
+}  // namespace vnctl
+
+#endif

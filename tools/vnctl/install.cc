@@ -1,0 +1,87 @@
+// vnctl install: the installer engine with its progress and its outcome on a terminal.
+#include <algorithm>
+#include <iostream>
+#include <limits>
+#include <memory>
+#include <string>
+
+#include "velnor/capi.h"
+#include "vnctl/commands.h"
+#include "vnctl/progress.h"
+#include "vnctl/result_text.h"
+
+namespace vnctl {
+namespace {
+
+// The engine drops a longer EULA record silently; with the longest number, this much text fits.
+constexpr size_t kLongestEula = 1024 - (sizeof "2147483647_" - 1) - (sizeof "\r\n" - 1);
+
+struct Options {
+    std::string name = "Velnor";
+    std::string eula;
+    int32_t cid = 0;
+};
+
+// One for the whole process, because the engine's callback takes no argument of ours.
+Progress& progress() {
+    static Progress instance;
+    return instance;
+}
+
+void onProgress(uint32_t percentage, uint32_t /*reserved*/) { progress().show(percentage); }
+
+std::string checkName(const std::string& name) {
+    const bool plain =
+        std::all_of(name.begin(), name.end(), [](char c) { return c >= ' ' && c <= '~'; });
+    // The name is a line of the registry and a part of the user agent.
+    return plain && !name.empty() ? "" : "The name must be one or more printable ASCII characters.";
+}
+
+std::string checkEula(const std::string& text) {
+    const bool valid = !text.empty() && text.size() <= kLongestEula &&
+                       text.find_first_of("\r\n") == std::string::npos;
+    return valid ? ""
+                 : "The EULA's name must be one line of 1 to " + std::to_string(kLongestEula) +
+                       " bytes.";
+}
+
+int install(const Options& options) {
+    std::string detail(VN_ERROR_DETAIL_SIZE, '\0');
+    InstallContext context{};
+    context.structSize = sizeof context;
+    context.progress = onProgress;
+    context.errorDetail = detail.data();
+
+    const char* eula = options.eula.empty() ? nullptr : options.eula.c_str();
+    const bool installed = vn_install(options.name.c_str(), options.cid, eula, &context) == 0;
+    // A success may leave the last error as it was, so it is not asked for.
+    const uint32_t code = installed ? uint32_t{INSTALL_ERROR_OK} : vn_getLastError();
+    if (installed) progress().show(100);
+    progress().end();
+    const std::string text = resultText(code, detail.data());
+    (installed ? std::cout : std::cerr << "vnctl: ") << text << std::endl;
+    return installed ? 0 : 1;
+}
+
+}  // namespace
+
+void addInstall(CLI::App& app, program::Body& chosen) {
+    const auto options = std::make_shared<Options>();
+    CLI::App* command = app.add_subcommand(
+        "install", "Install and start the client, and register an application with it");
+    command->add_option("--name", options->name, "The application to register")
+        ->type_name("NAME")
+        ->capture_default_str()
+        ->check(checkName);
+    auto* eula =
+        command->add_option("--eula", options->eula, "The EULA that the user has accepted");
+    auto* cid =
+        command->add_option("--cid", options->cid, "The application's number in its record");
+    eula->type_name("TEXT")->check(checkEula)->needs(cid);
+    cid->type_name("N")
+        ->check(CLI::Range(std::numeric_limits<int32_t>::max()).description(""))
+        ->needs(eula);
+    command->callback([options, &chosen] { chosen = [options] { return install(*options); }; });
+}
+
+}  // namespace vnctl

@@ -1,0 +1,24 @@
+// vnctl: the client API from a terminal.
+#include <csignal>
+#include <memory>
+
+#include "program/command_line.h"
+#include "vnctl/commands.h"
+
+namespace {
+
+program::Body setUp(CLI::App& app) {
+    app.require_subcommand(1);
+    const auto chosen = std::make_shared<program::Body>();
+    vnctl::addInstall(app, *chosen);
+    return [chosen] { return (*chosen)(); };
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    // As the installer application does: a peer that hangs up is an error and no reason to die.
+    std::signal(SIGPIPE, SIG_IGN);
+    return program::run("vnctl", "Drives the Velnor Corvane client of the current user.", setUp,
+                        argc, argv);
+}
