@@ -60,7 +60,7 @@ std::string ini() {
 
 // The same work by hand; the public key comes from the build as it does for the installer.
 std::string byHand() {
-    std::string script = "set -e\nmkdir -p /tmp/by-hand\ncd /tmp/by-hand\n";
+    std::string script = "set -e\nmkdir -p /Applications/by-hand\ncd /Applications/by-hand\n";
     script += std::string("curl -sf -o client.ini 'https://") +
               velnor::deployment::kConfigurationHost + "/conf/client_ini.html?guid=0'\n";
     for (const char* name : {"ksmac_1", "ui.tgz", "un.tgz"}) {
@@ -118,7 +118,7 @@ void installByHand(benchmark::State& state) {
             return;
         }
         state.SetIterationTime(std::chrono::duration<double>(Clock::now() - start).count());
-        std::filesystem::remove_all("/tmp/by-hand");
+        std::filesystem::remove_all("/Applications/by-hand");
     }
 }
 

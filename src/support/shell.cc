@@ -19,9 +19,8 @@ bool isPlain(const char* text) {
 }
 
 char* put(char* out, const char* text) {
-    const size_t length = std::strlen(text);
-    std::memcpy(out, text, length);
-    return out + length;
+    while (*text != '\0') *out++ = *text++;
+    return out;
 }
 
 }  // namespace

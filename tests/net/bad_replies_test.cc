@@ -47,7 +47,7 @@ TEST(BadReply, IsRefused) {
         "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\nffffffffffffffff\r\nx",
         "HTTP/1.1 100 Continue\r\n\r\n",
         "HTTP/1.1 200 OK\r\n" + std::string(2'000'000, 'h'),
-        std::string("HTTP/1.1 200 OK\r\nA: \0\0\r\nContent-Length: 5\r\n\r\nx", 49),
+        "HTTP/1.1 200 OK\r\nA: " + std::string(2, '\0') + "\r\nContent-Length: 5\r\n\r\nx",
     };
     for (const std::string& reply : replies) {
         const RawServer server([&](int fd, const std::string&) { sandbox::sendAll(fd, reply); });
