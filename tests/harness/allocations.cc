@@ -31,6 +31,10 @@ void* __wrap_realloc(void* block, size_t size) {
 }
 }
 
+// libproxy leaks what it has when an allocation of its own fails.
+extern "C" const char* __lsan_default_suppressions();
+extern "C" const char* __lsan_default_suppressions() { return "leak:libproxy.so\n"; }
+
 // C++ libraries beneath the engine allocate here as well.
 void* operator new(size_t size, const std::nothrow_t&) noexcept {
     return fails(size) ? nullptr : __real_malloc(size);

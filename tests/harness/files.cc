@@ -54,16 +54,16 @@ unsigned modeOf(const std::string& path) {
 }
 
 std::vector<std::string> logMessages() {
-    static const std::regex kLine(
-        R"(V1001:\d{6}_\d{6}: (\[(?:info|warn|eror)\]) Installer:(\w+)\(\d+\): (.*))");
+    static const std::regex kPrefix(
+        R"(V1001:\d{6}_\d{6}: (\[(?:info|warn|eror)\]) Installer:(\w+)\(\d+\): )");
     std::vector<std::string> messages;
     std::istringstream log(readFile(installed("installer.txt")));
     for (std::string line; std::getline(log, line);) {
         std::smatch parts;
-        if (std::regex_match(line, parts, kLine)) {
-            messages.push_back(parts.str(1) + " " + parts.str(2) + ": " + parts.str(3));
+        if (std::regex_search(line, parts, kPrefix, std::regex_constants::match_continuous)) {
+            messages.push_back(parts.str(1) + " " + parts.str(2) + ": " + parts.suffix().str());
         } else {
-            ADD_FAILURE() << "not a log line: " << line;
+            ADD_FAILURE() << "not a log line: " << line.substr(0, 200);
         }
     }
     return messages;

@@ -22,7 +22,8 @@ std::string readFile(const std::string& path);
 
 bool exists(const std::string& path);
 
-/// Replaces `path` by a file on a full disk: it can be opened, and what is written is lost.
+/// Replaces `path` by a file on a full disk: it can be opened, and what is written is lost. Not for
+/// files whose mode is changed: it is the system's own device that is behind it.
 void putOnFullDisk(const std::string& path);
 
 /// Takes all but `leftBlocks` blocks of 4096 bytes of the disk that holds `folder`.

@@ -13,6 +13,7 @@
 
 #include "harness/files.h"
 #include "harness/shell.h"
+#include "support/log_file.h"
 
 namespace {
 
@@ -57,14 +58,17 @@ TEST(StartupItem, FileThatCannotBeCreatedIsAFailure) {
               "[eror] _vn_mac_addStartupItem: Failed to create loader plist.");
 }
 
-TEST(StartupItem, ShortWritesAreLoggedAndNoFailure) {
+// The log has room left in the block that it holds already.
+TEST(StartupItemOnFullDisk, ShortWritesAreLoggedAndNoFailure) {
     harness::makeInstallDirectory();
     std::filesystem::create_directories(home() + "/Library/LaunchAgents");
-    harness::putOnFullDisk(kLoader);
+    VN_LOG_INFO("test", "first");
+    harness::fillDisk("/Applications");
     harness::putOnFullDisk(home() + kAgent);
     EXPECT_TRUE(addItem());
     EXPECT_EQ(harness::logMessages(),
               (std::vector<std::string>{
+                  "[info] test: first",
                   "[eror] _vn_mac_addStartupItem: Failed to write loader script correctly.",
                   "[eror] _vn_mac_addStartupItem: Failed to write loader plist correctly."}));
 }
