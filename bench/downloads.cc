@@ -38,9 +38,10 @@ std::string sizeName(size_t size) {
 
 void addDownload(size_t size, bool https, bool gzip) {
     const std::string url = urlOf(size, https, gzip);
-    // A small file is judged by what it costs more, a large one by its throughput.
-    const Limit limit =
-        size == kKiB ? Limit{Limit::Kind::MaxExtraMillis, 2.0} : Limit{Limit::Kind::MaxRatio, 1.0};
+    // A file that is fetched in milliseconds is judged by what it costs more, a large one by its
+    // throughput.
+    const Limit limit = size < kSizes[2] ? Limit{Limit::Kind::MaxExtraMillis, 2.0}
+                                         : Limit{Limit::Kind::MaxRatio, 1.0};
     compare(std::string("download ") + (https ? "https" : "http") + (gzip ? " gzip " : " plain ") +
                 sizeName(size),
             repeat([url] { return fetchWithEngine(url.c_str()); }, size), "libcurl",

@@ -6,11 +6,11 @@
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <unistd.h>
-#include <zlib.h>
 
 #include <map>
 #include <stdexcept>
 
+#include "harness/gzip.h"
 #include "sandbox/servers/file_server.h"
 #include "sandbox/servers/tls_files.h"
 
@@ -42,7 +42,7 @@ void serve(sandbox::FileServer& server, const std::string& path, const sandbox::
     sandbox::FileServer https(0, sandbox::tlsFiles());
     for (size_t i = 0; i < std::size(kSizes); ++i) {
         const sandbox::Body plain(bodyOf(kSizes[i]));
-        const sandbox::Body gzip(gzipped(plain.bytes()));
+        const sandbox::Body gzip(harness::gzip(plain.bytes(), 1));
         g_shared->gzipSizes[i] = gzip.bytes().size();
         for (sandbox::FileServer* server : {&http, &https}) {
             serve(*server, pathOf(kSizes[i], false), plain, false);
@@ -66,21 +66,6 @@ std::string bodyOf(size_t size) {
         c = static_cast<char>((state >> 24) & (state >> 16) & 0x3f);
     }
     return body;
-}
-
-std::string gzipped(const std::string& bytes) {
-    z_stream stream{};
-    deflateInit2(&stream, 1, Z_DEFLATED, 31, 9, Z_DEFAULT_STRATEGY);
-    std::string out(deflateBound(&stream, bytes.size()) + 64, '\0');
-    std::string in = bytes;
-    stream.next_in = reinterpret_cast<Bytef*>(in.data());
-    stream.avail_in = static_cast<uInt>(in.size());
-    stream.next_out = reinterpret_cast<Bytef*>(out.data());
-    stream.avail_out = static_cast<uInt>(out.size());
-    deflate(&stream, Z_FINISH);
-    out.resize(stream.total_out);
-    deflateEnd(&stream);
-    return out;
 }
 
 void startServers() {

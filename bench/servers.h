@@ -17,9 +17,6 @@ inline constexpr size_t kSizes[] = {kKiB, kMiB, 256 * kMiB};
 /// Bodies that compress about as well as programs do.
 std::string bodyOf(size_t size);
 
-/// `bytes` in gzip format.
-std::string gzipped(const std::string& bytes);
-
 /// Starts the servers; they end with this process.
 void startServers();
 

@@ -2,12 +2,11 @@
 #ifndef TESTS_NET_FETCH_H
 #define TESTS_NET_FETCH_H
 
-#include <zlib.h>
-
 #include <optional>
 #include <string>
 
 #include "api/last_error.h"
+#include "harness/gzip.h"
 #include "net/system_downloader.h"
 #include "support/owned.h"
 
@@ -29,21 +28,7 @@ inline Fetched fetch(const std::string& url, const char* userAgent = "test agent
     return result;
 }
 
-/// `data` in gzip format.
-inline std::string gzip(const std::string& data) {
-    z_stream stream{};
-    deflateInit2(&stream, 9, Z_DEFLATED, 31, 9, Z_DEFAULT_STRATEGY);
-    std::string out(deflateBound(&stream, data.size()) + 64, '\0');
-    std::string in = data;
-    stream.next_in = reinterpret_cast<Bytef*>(in.data());
-    stream.avail_in = static_cast<uInt>(in.size());
-    stream.next_out = reinterpret_cast<Bytef*>(out.data());
-    stream.avail_out = static_cast<uInt>(out.size());
-    deflate(&stream, Z_FINISH);
-    out.resize(stream.total_out);
-    deflateEnd(&stream);
-    return out;
-}
+using harness::gzip;
 
 inline std::string urlOn(int port, const std::string& path = "/file") {
     return "http://127.0.0.1:" + std::to_string(port) + path;

@@ -5,12 +5,16 @@
 #include <filesystem>
 #include <string>
 
+#include "harness/files.h"
+#include "harness/shell.h"
 #include "sandbox/servers/file_server.h"
 #include "sandbox/servers/tls_files.h"
-#include "shell.h"
 #include "velnor_deployment.h"
 
 namespace {
+
+using harness::eventually;
+using harness::run;
 
 const std::string kConfigurationHost = velnor::deployment::kConfigurationHost;
 const std::string kName = kConfigurationHost.substr(0, kConfigurationHost.find(':'));
@@ -22,8 +26,8 @@ class World {
   public:
     World() {
         std::filesystem::create_directories("/tmp/release/files");
-        write("/tmp/release/client.ini", "a=b\n");
-        write("/tmp/release/files/tool.tar.gz", "some bytes");
+        harness::writeFile("/tmp/release/client.ini", "a=b\n");
+        harness::writeFile("/tmp/release/files/tool.tar.gz", "some bytes");
         run("'" SANDBOX_FOLDER
             "/world' --release /tmp/release --ready /tmp/ready --log /tmp/log"
             " </dev/null >/dev/null 2>&1 & echo $! > /tmp/world");
@@ -62,7 +66,7 @@ TEST(World, ServesAReleaseOverTrustedConnections) {
     EXPECT_EQ(run("curl -s " + kContent + "tool.tar.gz").output, "some bytes");
     EXPECT_EQ(run("curl -s " + kContent + "origin.example/a/tool.tar.gz").output, "some bytes");
     EXPECT_EQ(run("curl -s -o /dev/null -w '%{http_code}' " + kContent + "other").output, "404");
-    EXPECT_NE(read("/tmp/log").find("GET /origin.example/a/tool.tar.gz 200 10\n"),
+    EXPECT_NE(harness::readFile("/tmp/log").find("GET /origin.example/a/tool.tar.gz 200 10\n"),
               std::string::npos);
 }
 
@@ -81,13 +85,13 @@ TEST(StandinClient, AnswersPingAndItsModes) {
     run("'" SANDBOX_FOLDER "/standin_client' </dev/null >/dev/null 2>&1 & echo $! > /tmp/client");
     EXPECT_TRUE(eventually([&] { return run(ping).output.find("pong") != std::string::npos; }));
     EXPECT_EQ(run("curl -s -o /dev/null -w '%{http_code}' http://127.0.0.1:9421/").output, "404");
-    write("/tmp/standin_client.mode", "garbage");
+    harness::writeFile("/tmp/standin_client.mode", "garbage");
     EXPECT_EQ(run(ping).output.find("pong"), std::string::npos);
-    write("/tmp/standin_client.mode", "mute");
+    harness::writeFile("/tmp/standin_client.mode", "mute");
     EXPECT_EQ(run(ping).status, 28);
     run("kill $(cat /tmp/client)");
     EXPECT_TRUE(eventually([&] { return run(ping).status == 7; }));
-    write("/tmp/standin_client.mode", "refuse");
+    harness::writeFile("/tmp/standin_client.mode", "refuse");
     EXPECT_EQ(run("'" SANDBOX_FOLDER "/standin_client' 2>/dev/null").status, 1);
 }
 

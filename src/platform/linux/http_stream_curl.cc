@@ -250,9 +250,7 @@ void CurlStream::pumpUntil(Known known, int milliseconds) {
 
 // Waits up to `milliseconds` for something to do, and does it.
 void CurlStream::pump(int milliseconds) {
-    perform();
-    if (hasBytesAvailable()) return;
-    curl_multi_poll(multi_.get(), nullptr, 0, milliseconds, nullptr);
+    if (!paused_) curl_multi_poll(multi_.get(), nullptr, 0, milliseconds, nullptr);
     perform();
 }
 
