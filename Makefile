@@ -50,12 +50,9 @@ run: configure
 test: build
 	@ctest --preset $(PRESET) --parallel $(test_jobs)
 
-# On the disk and not in memory, where a log line or an installation would be compared with nothing.
 bench: configure
 	@cmake --build --preset $(PRESET) --parallel $(jobs) --target sandbox_world velnor_bench
-	@rm -rf build/bench
-	@sandbox/enter --build $(build) --keep build/bench -- $(build)/bench/velnor_bench
-	@rm -rf build/bench
+	@sandbox/enter --build $(build) -- $(build)/bench/velnor_bench
 
 lint: lint-format lint-c99 lint-shell lint-cppcheck lint-tidy
 

@@ -9,7 +9,7 @@
 
 namespace bench {
 
-/// What the figure of a pair must stay within; `text` says it.
+/// What the figure of a pair is to stay within.
 struct Limit {
     enum class Kind {
         None,
@@ -29,8 +29,8 @@ void compare(const std::string& name, Body ours, const std::string& peerName, Bo
 /// A figure with a limit and no peer, in MiB: the counter "value" of `body`.
 void measureMiB(const std::string& name, Body body, double limit);
 
-/// Runs everything that was registered and prints the table. False when a limit was broken or a
-/// side failed.
+/// Runs everything that was registered and prints the table, in which a limit is "kept" or
+/// "missed". False when a side failed to do its work.
 bool runAndPrint();
 
 }  // namespace bench

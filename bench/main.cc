@@ -1,5 +1,5 @@
 // Runs the benchmarks and prints each figure beside its peer. Takes Google Benchmark's options, for
-// example --benchmark_filter=download. Exit status 1 when a limit was broken.
+// example --benchmark_filter=download. Exit status 1 when a side failed to do its work.
 #include <benchmark/benchmark.h>
 
 #include <cstdlib>
