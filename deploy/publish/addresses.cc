@@ -4,10 +4,10 @@
 #include <strings.h>
 
 #include <array>
-#include <cctype>
 #include <stdexcept>
 
 #include "install/client_ini.h"
+#include "net/url_text.h"
 
 namespace deploy {
 namespace {
@@ -27,21 +27,10 @@ void require(bool holds, const std::string& url, const std::string& advice) {
     if (!holds) throw std::runtime_error("unusable URL " + url + ": " + advice);
 }
 
-bool isHexPair(const std::string& text, size_t position) {
-    return position + 1 < text.size() &&
-           std::isxdigit(static_cast<unsigned char>(text[position])) &&
-           std::isxdigit(static_cast<unsigned char>(text[position + 1]));
-}
-
-// The downloader takes the characters of a URI (RFC 3986, section 2) and refuses all others.
+// The downloader refuses all others.
 void checkCharacters(const std::string& url) {
-    static constexpr char kAllowed[] =
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~:/?#[]@!$&'()*+,;=%";
-    require(url.find_first_not_of(kAllowed) == std::string::npos, url,
-            "write blanks, line breaks and all but plain ASCII characters as %XX");
-    for (size_t at = url.find('%'); at != std::string::npos; at = url.find('%', at + 1)) {
-        require(isHexPair(url, at + 1), url, "write a % of its own as %25");
-    }
+    require(url.find('\0') == std::string::npos && velnor::isUrlText(url.c_str()), url,
+            "write blanks, line breaks, a % of its own and all but plain ASCII characters as %XX");
 }
 
 // The part behind `scheme`, which must begin with a host and go on with a path.

@@ -23,7 +23,6 @@
 namespace deploy {
 namespace {
 
-constexpr char kUninstallTimeoutKey[] = "UninstallTimeOutSec=";
 constexpr mode_t kReadableByAll = 0666;  // less the umask
 
 // An artifact with its place in client.ini.

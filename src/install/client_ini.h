@@ -13,6 +13,7 @@ inline constexpr char kUiToolUrlKey[] = "MacOSUIToolURL=";
 inline constexpr char kUiToolSignatureKey[] = "MacOSUIToolSig=";
 inline constexpr char kUninstallerUrlKey[] = "MacOSUninstallerURL=";
 inline constexpr char kUninstallerSignatureKey[] = "MacOSUninstallerSig=";
+inline constexpr char kUninstallTimeoutKey[] = "UninstallTimeOutSec=";
 
 namespace velnor {
 

@@ -2,14 +2,13 @@
 #include "net/system_downloader.h"
 
 #include <array>
-#include <cctype>
-#include <cstring>
 #include <memory>
 
 #include "net/gzip.h"
 #include "net/proxy_credentials.h"
 #include "net/response_body.h"
 #include "net/stream_polls.h"
+#include "net/url_text.h"
 #include "platform/http_stream.h"
 #include "platform/system_proxies.h"
 #include "support/owned.h"
@@ -32,22 +31,6 @@ enum class Outcome {
     Failed,    // the next attempt
     NoMemory,  // no further attempt
 };
-
-// Characters of a URI (RFC 3986, section 2); "%" only before two hexadecimal digits.
-bool isUrlText(const char* text) {
-    static constexpr char kPunctuation[] = "-._~:/?#[]@!$&'()*+,;=%";
-    for (const char* c = text; *c != '\0'; ++c) {
-        const auto byte = static_cast<unsigned char>(*c);
-        if (byte > 0x7f || (!std::isalnum(byte) && std::strchr(kPunctuation, byte) == nullptr)) {
-            return false;
-        }
-        if (byte == '%' && !(std::isxdigit(static_cast<unsigned char>(c[1])) &&
-                             std::isxdigit(static_cast<unsigned char>(c[2])))) {
-            return false;
-        }
-    }
-    return *text != '\0';
-}
 
 // ASCII without control characters, which could end the header line and begin another.
 bool isHeaderText(const char* text) {
@@ -161,7 +144,7 @@ char* _vn_downloadVelnorURL(const char* userAgent, const char* url, uint32_t* ou
                             InstallContext* /*context*/, uint32_t /*progressFrom*/,
                             uint32_t /*progressTo*/) {
     if (userAgent == nullptr || url == nullptr) return nullptr;
-    if (!isUrlText(url) || !isHeaderText(userAgent)) return nullptr;
+    if (!velnor::isUrlText(url) || !isHeaderText(userAgent)) return nullptr;
     const auto proxies = platform::copySystemProxies();
     OwnedText result;
     for (const Mode mode : {Mode::Proxied, Mode::Direct}) {

@@ -72,7 +72,7 @@ const Refusal kRefusals[] = {
     {"LineBreak", uiToolUrl("https://h/a\nb"), "line breaks"},
     {"CarriageReturn", uiToolUrl("https://h/a\rb"), "line breaks"},
     {"NotAscii", uiToolUrl("https://h/\xc3\xa4"), "plain ASCII"},
-    {"HalfEncoded", uiToolUrl("https://h/100%"), "write a % of its own as %25"},
+    {"HalfEncoded", uiToolUrl("https://h/100%"), "a % of its own"},
     {"NoFileName", clientUrl("https://h/releases/"), "end it with the client's file name"},
     {"ParentAsName", clientUrl("https://h/.."), "end it with the client's file name"},
     {"TakenName", clientUrl("https://h/Loader.pl"), "another file of the name Loader.pl"},
