@@ -62,15 +62,15 @@ TEST(InstallPackages, InstallsWhatIsMissingThroughSudo) {
     EXPECT_TRUE(calls.ends_with(" cmake perl\n")) << calls;
 }
 
-TEST(InstallPackages, FailsWithTheNamesWhenInstallingFails) {
+TEST(InstallPackages, FailsWithTheCommandWhenInstallingFails) {
     makeSystem("bash perl");
     addProgram("sudo", "shift; exec \"$@\"\n");
     harness::writeFile("/tmp/offline", "");
     const harness::CommandResult result = installPackages();
     EXPECT_EQ(result.status, 1);
     EXPECT_TRUE(
-        result.output.ends_with("could not be installed.\nInstall these packages, then try "
-                                "again:\n  cmake\n"))
+        result.output.ends_with("could not be installed.\nRun this as root, then try again:\n"
+                                "  apt-get install cmake\n"))
         << result.output;
 }
 
