@@ -46,7 +46,7 @@ TEST(InstallPackages, NamesWhatIsMissingWhenItMayNotInstall) {
     makeSystem("bash");
     const harness::CommandResult result = installPackages();
     EXPECT_EQ(result.status, 1);
-    EXPECT_TRUE(result.output.ends_with(":\n  cmake perl\n")) << result.output;
+    EXPECT_TRUE(result.output.ends_with(":\n  apt-get install cmake perl\n")) << result.output;
     EXPECT_FALSE(harness::exists("/tmp/calls"));
 }
 
