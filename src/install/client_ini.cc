@@ -16,6 +16,8 @@ OwnedText iniValue(const char* iniText, const char* key) {
     return OwnedText(_vn_pluckString(iniText, key));
 }
 
+bool isOutOfMemory() { return _vn_getLastError() == INSTALL_ERROR_INSUFFICIENTMEMORY; }
+
 bool isRewriteOn(const char* iniText) {
     const OwnedText value = iniValue(iniText, kRewriteKey);
     return value && std::strcmp(value.get(), "true") == 0;

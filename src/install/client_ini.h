@@ -21,6 +21,9 @@ namespace velnor {
 /// for want of memory, and at 3 when the key is not there.
 OwnedText iniValue(const char* iniText, const char* key);
 
+/// True when the last error is 4, which tells an empty iniValue from a missing one.
+bool isOutOfMemory();
+
 /// True when the content-host rewrite is switched on: by "true" exactly.
 bool isRewriteOn(const char* iniText);
 

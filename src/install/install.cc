@@ -62,8 +62,6 @@ class Installation {
         if (eula_ != nullptr) vn_acceptEULA(cid_, eula_, 0);
     }
 
-    static bool isOutOfMemory() { return _vn_getLastError() == INSTALL_ERROR_INSUFFICIENTMEMORY; }
-
     static bool fail(InstallResult code) {
         _vn_setLastError(code);
         return false;
@@ -99,7 +97,7 @@ class Installation {
         VN_LOG_INFO(kFunction, "Downloaded client.ini");
         const OwnedText logUploadUrl = velnor::iniValue(ini_.get(), kLogUploadUrlKey);
         if (!logUploadUrl) {
-            if (isOutOfMemory()) return false;
+            if (velnor::isOutOfMemory()) return false;
             VN_LOG_ERROR(kFunction, "Log Server address not found in client.ini");
             return fail(INSTALL_ERROR_INI);
         }
@@ -121,7 +119,7 @@ class Installation {
     bool nameClient() {
         clientUrl_ = velnor::iniValue(ini_.get(), kClientUrlKey);
         if (!clientUrl_) {
-            if (isOutOfMemory()) return false;
+            if (velnor::isOutOfMemory()) return false;
             VN_LOG_ERROR(kFunction, "Binary path not found in client.ini");
             return failWithDetail(INSTALL_ERROR_INI_PATH_NOT_FOUND, "MacOSClientURL");
         }
@@ -145,7 +143,7 @@ class Installation {
             {kUninstallerUrlKey, "uninstall.tar.gz", kUninstallerSignatureKey, 75, 80},
         }};
         const bool rewrite = velnor::isRewriteOn(ini_.get());
-        if (!rewrite && isOutOfMemory()) return false;
+        if (!rewrite && velnor::isOutOfMemory()) return false;
         for (const Download& next : downloads) {
             if (_vn_downloadAndWrite(ini_.get(), userAgent_.get(), context_, rewrite, next.urlKey,
                                      next.fileName, next.signatureKey, next.progressFrom,

@@ -28,8 +28,6 @@ constexpr char kFunction[] = "_vn_downloadAndWrite";
 
 bool isMissing(const OwnedText& text) { return !text || *text.get() == '\0'; }
 
-bool isOutOfMemory() { return _vn_getLastError() == INSTALL_ERROR_INSUFFICIENTMEMORY; }
-
 bool isOptional(const char* urlKey) { return std::strcmp(urlKey, kUninstallerUrlKey) == 0; }
 
 bool isArchive(const char* urlKey) {
@@ -82,7 +80,7 @@ struct Artifact {
     // An optional artifact that is not named ends the way with success.
     bool findUrl(bool rewrite) {
         url = velnor::iniValue(iniText, urlKey);
-        if (!url && isOutOfMemory()) return false;
+        if (!url && velnor::isOutOfMemory()) return false;
         if (isMissing(url) && isOptional(urlKey)) {
             _vn_setLastError(INSTALL_ERROR_OK);
             return false;
@@ -110,7 +108,7 @@ struct Artifact {
 
     bool verify() {
         const OwnedText signature = velnor::iniValue(iniText, sigKey);
-        if (!signature && isOutOfMemory()) return false;
+        if (!signature && velnor::isOutOfMemory()) return false;
         if (isMissing(signature)) {
             VN_LOG_ERROR(kFunction, "Binary Signature %s not found in client.ini", sigKey);
             setDetailError(context, INSTALL_ERROR_INI_PATH_NOT_FOUND, sigKey);

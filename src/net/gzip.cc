@@ -65,10 +65,7 @@ class Inflater {
     }
 
     bool resize(uint32_t capacity) {
-        auto* resized = static_cast<char*>(_vn_realloc(output_.get(), capacity));
-        if (resized == nullptr) return false;
-        static_cast<void>(output_.release());
-        output_ = OwnedText(resized);
+        if (!output_.resize(capacity)) return false;
         capacity_ = capacity;
         return true;
     }

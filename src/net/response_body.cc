@@ -49,10 +49,7 @@ OwnedText ResponseBody::take(uint32_t* size) {
 }
 
 bool ResponseBody::resize(uint32_t capacity) {
-    auto* resized = static_cast<char*>(_vn_realloc(block_.get(), capacity));
-    if (resized == nullptr) return false;
-    static_cast<void>(block_.release());
-    block_ = OwnedText(resized);
+    if (!block_.resize(capacity)) return false;
     capacity_ = capacity;
     return true;
 }

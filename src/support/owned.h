@@ -32,6 +32,15 @@ class Owned {
     /// Hands the block to the caller, who releases it with _vn_free.
     T* release() { return std::exchange(block_, nullptr); }
 
+    /// Resizes the block to `size` bytes, not 0, keeping its content. False with code 4, and the
+    /// block as it was, when there is no memory.
+    bool resize(uint32_t size) {
+        void* resized = _vn_realloc(block_, size);
+        if (resized == nullptr) return false;
+        block_ = static_cast<T*>(resized);
+        return true;
+    }
+
   private:
     T* block_ = nullptr;
 };

@@ -157,7 +157,9 @@ bool CurlStream::begin(const char* url) {
 // account that the proxy's own address names.
 bool CurlStream::chooseProxy() {
     if (request_.proxies == nullptr) return setProxy(easy_.get(), nullptr, nullptr);
-    OwnedText proxy = static_cast<const LibproxyProxies*>(request_.proxies)->proxyFor(url_.get());
+    OwnedText proxy;
+    const auto* proxies = static_cast<const LibproxyProxies*>(request_.proxies);
+    if (!proxies->proxyFor(url_.get(), &proxy)) return false;
     const bool isFirst = redirects_ == 0;
     const bool isSame = proxy && firstProxy_ && std::strcmp(proxy.get(), firstProxy_.get()) == 0;
     const bool isTheirs = proxy && request_.credentials != nullptr && (isFirst || isSame);

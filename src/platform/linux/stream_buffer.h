@@ -38,10 +38,7 @@ class StreamBuffer {
     bool ensureRoom(uint32_t size) {
         if (capacity_ - end_ >= size) return true;
         const uint32_t capacity = end_ + size + kHighWater;
-        auto* larger = static_cast<char*>(_vn_realloc(block_.get(), capacity));
-        if (larger == nullptr) return false;
-        static_cast<void>(block_.release());
-        block_ = Owned<char>(larger);
+        if (!block_.resize(capacity)) return false;
         capacity_ = capacity;
         return true;
     }

@@ -51,17 +51,16 @@ OwnedText splitAuthority(const char* authority, int32_t* port) {
 
 }  // namespace
 
-OwnedText LibproxyProxies::proxyFor(const char* url) const {
+bool LibproxyProxies::proxyFor(const char* url, OwnedText* proxy) const {
+    *proxy = OwnedText();
     const std::unique_ptr<char*, ProxyListDeleter> list(
         px_proxy_factory_get_proxies(factory_, url));
     // The first entry is the one to use; the caller has its own second attempt.
-    if (!list || list.get()[0] == nullptr) return {};
-    const char* proxy = list.get()[0];
-    if (beginsWith(proxy, kDirect)) return {};
-    if (!beginsWith(proxy, kSocks)) return copyText(proxy, std::strlen(proxy));
-    OwnedText socks;
-    _vn_snprintf(socks.out(), 0, "socks5h://%s", proxy + std::strlen(kSocks));
-    return socks;
+    const char* first = list ? list.get()[0] : nullptr;
+    if (first == nullptr || beginsWith(first, kDirect)) return true;
+    const bool isSocks = beginsWith(first, kSocks);
+    return _vn_snprintf(proxy->out(), 0, "%s%s", isSocks ? "socks5h://" : "",
+                        isSocks ? first + std::strlen(kSocks) : first) != 0;
 }
 
 OwnedText LibproxyProxies::withoutAccount(const OwnedText& proxy) {
@@ -75,11 +74,13 @@ OwnedText LibproxyProxies::withoutAccount(const OwnedText& proxy) {
 
 OwnedText LibproxyProxies::configuredHost(ProxyProtocol protocol, const char* url,
                                           int32_t* port) const {
-    OwnedText proxy = proxyFor(url);
+    OwnedText proxy;
+    if (!proxyFor(url, &proxy)) return {};
     // A proxy that is off for this URL's host still shows for a host that nobody excludes.
-    if (!proxy) {
-        proxy = proxyFor(protocol == ProxyProtocol::Https ? "https://host.invalid/"
-                                                          : "http://host.invalid/");
+    if (!proxy && !proxyFor(protocol == ProxyProtocol::Https ? "https://host.invalid/"
+                                                             : "http://host.invalid/",
+                            &proxy)) {
+        return {};
     }
     const char* separator = proxy ? std::strstr(proxy.get(), "://") : nullptr;
     return separator != nullptr ? splitAuthority(separator + 3, port) : OwnedText();

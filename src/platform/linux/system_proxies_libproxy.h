@@ -17,8 +17,9 @@ class LibproxyProxies final : public SystemProxies {
 
     OwnedText configuredHost(ProxyProtocol protocol, const char* url, int32_t* port) const override;
 
-    /// URL of the proxy to use for `url`; null to connect directly. It may hold an account.
-    OwnedText proxyFor(const char* url) const;
+    /// Stores the URL of the proxy to use for `url`, null to connect directly. It may hold an
+    /// account. False with code 4 when there is no memory.
+    bool proxyFor(const char* url, OwnedText* proxy) const;
 
     /// `proxy` without an account in it; null with code 4 when there is no memory.
     static OwnedText withoutAccount(const OwnedText& proxy);
