@@ -1,5 +1,6 @@
 /*
- * Client API of the Velnor Corvane Interface: install the client and talk about the outcome.
+ * Client API of the Velnor Corvane Interface: install the client, remove it, and talk about the
+ * outcome.
  *
  * Plain C (C99 and later, any C++). Link with velnor_capi.
  *
@@ -97,6 +98,29 @@ typedef struct InstallContext {
  * (client.ini) and 7 (disk). What earlier steps wrote stays on the disk.
  */
 int32_t vn_install(const char* appName, int32_t cid, const char* eula, InstallContext* context);
+
+/* Flag of vn_uninstall: leaves the install directory, and with it the machine's identity
+ * (guid.ini), where it is. */
+#define VN_UNINSTALL_KEEP_IDENTITY 1u
+
+/*
+ * Takes one application off the client: removes its name from the registry and tells the client.
+ * While other applications are registered, the client keeps running for them. After the last one
+ * the client is stopped, and its launch agent, the install directory and the preference pane are
+ * deleted. A name that is not registered counts as one that has left already.
+ *
+ *   appName  the name that was given to vn_install; mandatory.
+ *   flags    0, or any other value for VN_UNINSTALL_KEEP_IDENTITY. With it, the files of a folder
+ *            "installer.txt" in the current directory are deleted, except guid.ini; do not call it
+ *            where there is such a folder.
+ *
+ * Blocks until the client has acknowledged, for at most as many seconds as client.ini says under
+ * "UninstallTimeOutSec=" (10 when it does not). A client that does not answer is not waited for.
+ *
+ * Returns 0, or -1 with code 1 (appName null), 3 (internal), 7 (the registry could not be rewritten
+ * and is as it was; the client keeps running) or 10 (the client could not be stopped).
+ */
+int32_t vn_uninstall(const char* appName, uint32_t flags);
 
 /*
  * Appends "<cid>_<eulaText>" CR LF to accepteula.txt in the install directory.
