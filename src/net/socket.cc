@@ -1,0 +1,115 @@
+// TCP on the system's sockets.
+#include "net/socket.h"
+
+#include <fcntl.h>
+#include <netdb.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <memory>
+
+#include "api/last_error.h"
+#include "velnor/capi.h"
+
+namespace {
+
+constexpr int32_t kMaxPort = 65535;
+// The client answers at once; this is for one that hangs, which nobody should hang with.
+constexpr timeval kPatience{30, 0};
+
+struct AddressListDeleter {
+    void operator()(addrinfo* list) const { freeaddrinfo(list); }
+};
+using AddressList = std::unique_ptr<addrinfo, AddressListDeleter>;
+
+// By getaddrinfo(3), because gethostbyname(3) answers in memory that all threads share.
+AddressList resolve(const char* hostName) {
+    addrinfo wanted{};
+    wanted.ai_family = AF_INET;
+    wanted.ai_socktype = SOCK_STREAM;
+    wanted.ai_protocol = IPPROTO_TCP;
+    addrinfo* list = nullptr;
+    return AddressList(getaddrinfo(hostName, nullptr, &wanted, &list) == 0 ? list : nullptr);
+}
+
+void configure(int fd) {
+    fcntl(fd, F_SETFD, FD_CLOEXEC);
+    setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &kPatience, sizeof kPatience);
+    setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &kPatience, sizeof kPatience);
+}
+
+// A connect(2) that a signal has interrupted goes on by itself; repeating it would be an error.
+bool awaitConnection(int fd) {
+    pollfd watched{fd, POLLOUT, 0};
+    int ready = 0;
+    do {
+        ready = poll(&watched, 1, static_cast<int>(kPatience.tv_sec) * 1000);
+    } while (ready == -1 && errno == EINTR);
+    int error = 0;
+    socklen_t size = sizeof error;
+    return ready == 1 && getsockopt(fd, SOL_SOCKET, SO_ERROR, &error, &size) == 0 && error == 0;
+}
+
+bool connectTo(int fd, const addrinfo& host, int32_t port) {
+    if (port < 1 || port > kMaxPort) return false;
+    auto* address = reinterpret_cast<sockaddr_in*>(host.ai_addr);
+    address->sin_port = htons(static_cast<uint16_t>(port));
+    if (connect(fd, host.ai_addr, host.ai_addrlen) == 0) return true;
+    return errno == EINTR && awaitConnection(fd);
+}
+
+}  // namespace
+
+velnor::Socket::~Socket() {
+    if (descriptor_ != -1) close(descriptor_);
+}
+
+int32_t _vn_openSocket(const char* hostName, int32_t port) {
+    const AddressList host = hostName != nullptr ? resolve(hostName) : nullptr;
+    if (!host) {
+        _vn_setLastError(INSTALL_ERROR_INVALIDARGUMENT);
+        return -1;
+    }
+    velnor::Socket fd(socket(host->ai_family, host->ai_socktype, host->ai_protocol));
+    if (fd) configure(fd.get());
+    if (!fd || !connectTo(fd.get(), *host, port)) {
+        _vn_setLastError(INSTALL_ERROR_NETWORK);
+        return -1;
+    }
+    return fd.release();
+}
+
+int64_t velnor::receive(int32_t socket, void* buffer, uint32_t size) {
+    ssize_t count = 0;
+    do {
+        count = recv(socket, buffer, size, 0);
+    } while (count == -1 && errno == EINTR);
+    return count;
+}
+
+uint32_t _vn_recvUpToSize(int32_t socket, void* buffer, uint32_t size) {
+    auto* bytes = static_cast<char*>(buffer);
+    uint32_t received = 0;
+    while (received < size) {
+        const int64_t count = velnor::receive(socket, bytes + received, size - received);
+        if (count < 1) break;
+        received += static_cast<uint32_t>(count);
+    }
+    return received;
+}
+
+bool velnor::sendAll(int32_t socket, const void* bytes, uint32_t size) {
+    const auto* next = static_cast<const char*>(bytes);
+    while (size > 0) {
+        const ssize_t count = send(socket, next, size, MSG_NOSIGNAL);
+        if (count == -1 && errno == EINTR) continue;
+        if (count < 1) return false;
+        next += count;
+        size -= static_cast<uint32_t>(count);
+    }
+    return true;
+}
