@@ -10,6 +10,7 @@
 #include "install/detail.h"
 #include "install/identity.h"
 #include "install/launch_agent.h"
+#include "install/log_upload.h"
 #include "install/registry.h"
 #include "install/verified_download.h"
 #include "net/system_downloader.h"
@@ -41,6 +42,14 @@ class Installation {
         : appName_(appName), cid_(cid), eula_(eula), context_(context) {}
 
     bool run() {
+        const bool installed = runSteps();
+        // The maker sees every installation that has come as far as knowing where to send its log.
+        if (logUploadUrl_) uploadLog();
+        return installed;
+    }
+
+  private:
+    bool runSteps() {
         report(5);
         if (_vn_getInstallPath(installPath_, sizeof installPath_) == 0) return false;
         report(10);
@@ -52,7 +61,13 @@ class Installation {
                prepareClient() && startClient() && registerApplication();
     }
 
-  private:
+    // The result stands before the upload and is not touched by it.
+    void uploadLog() const {
+        const uint32_t code = _vn_getLastError();
+        _vn_uploadLogs(logUploadUrl_.get(), guid_.get());
+        _vn_setLastError(code);
+    }
+
     void report(uint32_t percentage) const {
         if (context_ != nullptr) context_->progress(percentage, 0);
     }
@@ -75,15 +90,15 @@ class Installation {
     bool fetchConfiguration() {
         mkdir(installPath_, 0777);
         VN_LOG_INFO(kFunction, "Starting Installation");
-        const OwnedText guid(_vn_generateGuid());
-        if (!guid) return fail(INSTALL_ERROR_INSUFFICIENTMEMORY);
+        guid_ = OwnedText(_vn_generateGuid());
+        if (!guid_) return fail(INSTALL_ERROR_INSUFFICIENTMEMORY);
         if (_vn_snprintf(userAgent_.out(), 0, "Kestrin Installer %s %s", "mac", appName_) == 0) {
             return false;
         }
         report(15);
         OwnedText url;
         if (_vn_snprintf(url.out(), 0, "https://%s/conf/client_ini.html?guid=%s",
-                         velnor::deployment::kConfigurationHost, guid.get()) == 0) {
+                         velnor::deployment::kConfigurationHost, guid_.get()) == 0) {
             return false;
         }
         ini_ = OwnedText(
@@ -95,8 +110,8 @@ class Installation {
 
     bool readConfiguration() {
         VN_LOG_INFO(kFunction, "Downloaded client.ini");
-        const OwnedText logUploadUrl = velnor::iniValue(ini_.get(), kLogUploadUrlKey);
-        if (!logUploadUrl) {
+        logUploadUrl_ = velnor::iniValue(ini_.get(), kLogUploadUrlKey);
+        if (!logUploadUrl_) {
             if (velnor::isOutOfMemory()) return false;
             VN_LOG_ERROR(kFunction, "Log Server address not found in client.ini");
             return fail(INSTALL_ERROR_INI);
@@ -207,7 +222,9 @@ class Installation {
     const char* eula_;
     InstallContext* context_;
     char installPath_[velnor::kPathSize] = {};
+    OwnedText guid_;
     OwnedText userAgent_;
+    OwnedText logUploadUrl_;
     OwnedText ini_;
     uint32_t iniSize_ = 0;
     OwnedText clientUrl_;

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <string_view>
 
 #include "platform/keychain.h"
 #include "platform/system_proxies.h"
@@ -40,7 +41,9 @@ class ProxyAuthentication {
 struct HttpRequest {
     const char* method;
     const char* url;                         // absolute
-    std::span<const HttpHeader> headers;     // all that is sent besides Host and an authorization
+    std::span<const HttpHeader> headers;     // all that is sent besides Host, Content-Length and
+                                             // an authorization
+    std::string_view body = {};              // null data: none, and no Content-Length
     const SystemProxies* proxies = nullptr;  // null: connect directly
     const ProxyAuthentication* authentication = nullptr;  // with credentials: answers a 407
     const Credentials* credentials = nullptr;
@@ -81,8 +84,9 @@ class HttpStream {
     virtual std::unique_ptr<ProxyAuthentication> proxyAuthentication() const = 0;
 };
 
-/// A stream for `request`; null when none can be made. Redirects are followed: to http and https
-/// only, 20 at most, never from https to http.
+/// A stream for `request`; null when none can be made, for a URL that is none or for want of
+/// memory. Redirects are followed: to http and https only, 20 at most, never from https to http.
+/// The method and the body stay as they are, but after a 303 it is a GET without one.
 std::unique_ptr<HttpStream> createHttpStream(const HttpRequest& request);
 
 }  // namespace velnor::platform

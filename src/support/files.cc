@@ -26,6 +26,15 @@ int32_t _vn_writeFile(const char* path, const void* buffer, uint32_t size, const
     return 0;
 }
 
+velnor::OwnedText velnor::readText(FILE* file, uint32_t size) {
+    OwnedText text;
+    // One byte more than 32 bits count is more than any file of ours has.
+    if (!text.resize(size != UINT32_MAX ? size + 1 : size--)) return text;
+    std::rewind(file);
+    text.get()[std::fread(text.get(), 1, size, file)] = '\0';
+    return text;
+}
+
 bool velnor::writeAndClose(File file, const void* buffer, size_t size) {
     const bool written = std::fwrite(buffer, 1, size, file.get()) == size;
     const bool closed = std::fclose(file.release()) == 0;

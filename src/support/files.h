@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <memory>
 
+#include "support/owned.h"
+
 /// fopen(3). Every file of the library is opened here. Sets no code.
 FILE* _vn_fopen(const char* path, const char* mode);
 
@@ -29,6 +31,10 @@ using File = std::unique_ptr<FILE, FileCloser>;
 
 /// Opens a stream with _vn_fopen; empty when that fails.
 inline File openFile(const char* path, const char* mode) { return File(_vn_fopen(path, mode)); }
+
+/// Reads up to `size` bytes from the stream's start and puts a NUL byte behind them; less when the
+/// file is shorter. Empty with code 4 when there is no memory.
+OwnedText readText(FILE* file, uint32_t size);
 
 /// Writes `size` bytes and closes the stream. True only when both succeeded: a full disk often
 /// shows no sooner than at the close.

@@ -88,7 +88,12 @@ TEST(Install, LogTellsEveryStep) {
                                 "Registered the client", "Successfully installed the client"}) {
         expected.push_back(kInstall + message);
     }
+    const std::string uploadUrl = world.ini["LogfileUploadURL"];
+    expected.push_back("[info] _vn_uploadLogs: Uploading the log file " +
+                       installed("installer.txt") + " to " + uploadUrl);
     EXPECT_EQ(harness::logMessages(), expected);
+    EXPECT_EQ(world.uploads(), (std::vector<std::string>{guid + ".log"}));
+    EXPECT_EQ(world.lastUpload(), readFile(installed("installer.txt")));
 }
 
 TEST(Install, RunningClientNeedsOnlyItsRegistration) {
@@ -188,7 +193,7 @@ TEST(Install, UnreachableConfigurationServerIsNamed) {
               "https://" + std::string(velnor::deployment::kConfigurationHost) +
                   "/conf/client_ini.html?guid=" + readFile(installed("guid.ini")).substr(0, 32));
     EXPECT_EQ(failed.progress, (Progress{5, 10, 15}));
-    EXPECT_EQ(harness::logMessages().back(), "[eror] vn_install: Failed in downloading client.ini");
+    EXPECT_EQ(lastMessage(), "[eror] vn_install: Failed in downloading client.ini");
     EXPECT_EQ(installWithoutContext().code, INSTALL_ERROR_NETWORK + 0U);
 }
 
@@ -206,7 +211,7 @@ TEST(Install, HomeTooLongForTheAgentIsAPlatformFailure) {
     world.publish();
     setenv("HOME", ("/tmp/" + std::string(1000, 'x')).c_str(), 1);
     EXPECT_EQ(install().code, INSTALL_ERROR_PLATFORM + 0U);
-    EXPECT_EQ(harness::logMessages().back(), "[eror] vn_install: Error in installing the client");
+    EXPECT_EQ(lastMessage(), "[eror] vn_install: Error in installing the client");
     EXPECT_FALSE(harness::exists(installed("loader.pl")));
 }
 

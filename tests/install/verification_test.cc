@@ -26,7 +26,7 @@ void expectRefused(World& world, const char* published, const char* saved) {
     EXPECT_EQ(failed.result, -1);
     EXPECT_EQ(failed.code, INSTALL_ERROR_VERIFICATION_FAILURE + 0U) << saved;
     EXPECT_EQ(failed.detail, World::originUrl(published));
-    EXPECT_EQ(harness::logMessages().back(),
+    EXPECT_EQ(lastMessage(),
               std::string("[eror] _vn_downloadAndWrite: Hash of downloaded binary ") + saved +
                   " does not match with the signature");
     EXPECT_EQ(installWithoutContext().code, INSTALL_ERROR_NETWORK + 0U);
@@ -82,7 +82,7 @@ TEST(Verification, EmptyOrMissingArtifactIsAFailedDownload) {
         const Installed failed = install();
         EXPECT_EQ(failed.code, INSTALL_ERROR_DOWNLOAD_FAILURE + 0U) << url;
         EXPECT_EQ(failed.detail, World::originUrl(url));
-        EXPECT_EQ(harness::logMessages().back(),
+        EXPECT_EQ(lastMessage(),
                   "[eror] _vn_downloadAndWrite: Error in downloading " + World::originUrl(url));
         EXPECT_EQ(installWithoutContext().code, INSTALL_ERROR_NETWORK + 0U);
     }

@@ -41,8 +41,10 @@ World::World()
     : configuration_(std::make_unique<sandbox::FileServer>(
           portIn(velnor::deployment::kConfigurationHost), sandbox::tlsFiles())),
       content_(std::make_unique<sandbox::FileServer>(portIn(velnor::deployment::kContentHost),
-                                                     sandbox::tlsFiles())) {
-    ini["LogfileUploadURL"] = "http://log.velnor.example/put/";
+                                                     sandbox::tlsFiles())),
+      log_(std::make_unique<sandbox::FileServer>()) {
+    log_->handle("/put/", [](const sandbox::Request&) { return sandbox::Reply{}; });
+    ini["LogfileUploadURL"] = "http://127.0.0.1:" + std::to_string(log_->port()) + "/put/";
     addArtifact("MacOSClient", "ksmac_1.6.5", harness::readFile(STANDIN_CLIENT));
     addArtifact("MacOSUITool", "ui.tgz", archiveOf("ui-tool"));
     addArtifact("MacOSUninstaller", "un.tgz", archiveOf("uninstaller"));
@@ -73,6 +75,13 @@ void World::publish(const std::string& iniText) {
 }
 
 std::vector<std::string> World::configurationRequests() const { return pathsOf(*configuration_); }
+std::vector<std::string> World::uploads() const {
+    std::vector<std::string> names;
+    for (const std::string& path : pathsOf(*log_))
+        names.push_back(path.substr(path.rfind('/') + 1));
+    return names;
+}
+
 std::vector<std::string> World::artifactRequests() const { return pathsOf(*content_); }
 
 Installed install(const char* appName, const char* eula, int32_t cid) {
@@ -93,6 +102,14 @@ Installed install(const char* appName, const char* eula, int32_t cid) {
 Installed installWithoutContext(const char* appName) {
     const int32_t result = vn_install(appName, 0, nullptr, nullptr);
     return {result, vn_getLastError(), "", {}};
+}
+
+std::string lastMessage() {
+    std::vector<std::string> messages = harness::logMessages();
+    std::erase_if(messages, [](const std::string& message) {
+        return message.find("] _vn_uploadLogs: ") != std::string::npos;
+    });
+    return messages.empty() ? "" : messages.back();
 }
 
 void stopClient() {

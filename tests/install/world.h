@@ -16,7 +16,7 @@ using ClientIni = std::map<std::string, std::string>;
 std::string toText(const ClientIni& ini, const std::string& lineEnd = "\n");
 
 /// A configuration server and a content host with a complete release, as an installation meets
-/// them.
+/// them, and a log server.
 class World {
   public:
     World();
@@ -40,9 +40,14 @@ class World {
     std::vector<std::string> artifactRequests() const;
     const sandbox::FileServer& configurationServer() const { return *configuration_; }
 
+    /// Names of the logs that were uploaded, in order, and the last one's text.
+    std::vector<std::string> uploads() const;
+    std::string lastUpload() const { return log_->requests().back().body; }
+
   private:
     std::unique_ptr<sandbox::FileServer> configuration_;
     std::unique_ptr<sandbox::FileServer> content_;
+    std::unique_ptr<sandbox::FileServer> log_;
 };
 
 struct Installed {
@@ -57,6 +62,9 @@ Installed install(const char* appName = "Velnor", const char* eula = nullptr, in
 
 /// The same without any context.
 Installed installWithoutContext(const char* appName = "Velnor");
+
+/// The last message of the log that is not the upload's.
+std::string lastMessage();
 
 /// Ends the client and its agent, as a user's `launchctl unload` does.
 void stopClient();

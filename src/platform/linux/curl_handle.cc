@@ -6,6 +6,7 @@
 #include <sys/socket.h>
 
 #include <cstdlib>
+#include <cstring>
 
 #include "support/format.h"
 
@@ -63,8 +64,17 @@ Slist makeHeaderList(const HttpRequest& request) {
         }
         if (!append(list, line.get())) return nullptr;
     }
-    if (!append(list, "Accept:") || !append(list, "Proxy-Connection:")) return nullptr;
+    for (const char* own : {"Accept:", "Proxy-Connection:", "Content-Type:", "Expect:"}) {
+        if (!append(list, own)) return nullptr;
+    }
     return list;
+}
+
+bool isUrl(const char* text) {
+    // libcurl would take "http:///host/" for "http://host/"; it means no host at all.
+    if (std::strstr(text, ":///") != nullptr) return false;
+    const std::unique_ptr<CURLU, UrlDeleter> url(curl_url());
+    return url && curl_url_set(url.get(), CURLUPART_URL, text, 0) == CURLUE_OK;
 }
 
 Slist makeProxyHeaderList() {

@@ -16,6 +16,9 @@ struct EasyDeleter {
 struct MultiDeleter {
     void operator()(CURLM* multi) const { curl_multi_cleanup(multi); }
 };
+struct UrlDeleter {
+    void operator()(CURLU* url) const { curl_url_cleanup(url); }
+};
 struct SlistDeleter {
     void operator()(curl_slist* list) const { curl_slist_free_all(list); }
 };
@@ -26,6 +29,9 @@ using Slist = std::unique_ptr<curl_slist, SlistDeleter>;
 
 /// The request's headers, with those that libcurl would add taken away; null without memory.
 Slist makeHeaderList(const HttpRequest& request);
+
+/// True when libcurl can take `text` apart as a URL; false also for want of memory.
+bool isUrl(const char* text);
 
 /// Headers of a CONNECT request: none of libcurl's own. Null without memory.
 Slist makeProxyHeaderList();

@@ -19,6 +19,7 @@ namespace {
 
 constexpr int kMaxRedirects = 20;
 constexpr long kReceiveSize = 128 * 1024;
+constexpr int kSeeOther = 303;
 constexpr int kProxyAuthenticationRequired = 407;
 // How long one wait of a read lasts; a read has no limit, so it only bounds a missed wake-up.
 constexpr int kReadWait = 1000;
@@ -45,7 +46,7 @@ class CurlProxyAuthentication final : public ProxyAuthentication {
 };
 
 bool isRedirect(long code) {
-    return code == 301 || code == 302 || code == 303 || code == 307 || code == 308;
+    return code == 301 || code == 302 || code == kSeeOther || code == 307 || code == 308;
 }
 
 bool isHttps(const char* url) { return strncasecmp(url, "https:", 6) == 0; }
@@ -88,6 +89,7 @@ class CurlStream final : public HttpStream {
     const curl_header* responseHeader(const char* name) const;
     bool isRedirectResponse() const;
     void followRedirect(const char* target);
+    void becomeGet();
 
     // For the stream's whole life, and gone last: closing a TLS connection writes to it, too.
     SigpipeGuard sigpipeGuard_;
@@ -118,7 +120,7 @@ bool CurlStream::prepare() {
     multi_.reset(curl_multi_init());
     headers_ = makeHeaderList(request_);
     proxyHeaders_ = makeProxyHeaderList();
-    if (!easy_ || !multi_ || !headers_ || !proxyHeaders_) return false;
+    if (!easy_ || !multi_ || !headers_ || !proxyHeaders_ || !isUrl(request_.url)) return false;
     setOptions();
     return true;
 }
@@ -135,6 +137,12 @@ void CurlStream::setOptions() {
     curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
     curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, onBody);
     curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
+    if (request_.body.data() != nullptr) {
+        // Given as a form's fields, which libcurl can send once more when a proxy asks who we are.
+        const auto size = static_cast<curl_off_t>(request_.body.size());
+        curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE, size);
+        curl_easy_setopt(easy, CURLOPT_POSTFIELDS, request_.body.data());
+    }
     if (request_.authentication == nullptr) return;
     const auto* demanded = static_cast<const CurlProxyAuthentication*>(request_.authentication);
     curl_easy_setopt(easy, CURLOPT_PROXYAUTH, demanded->scheme());
@@ -316,10 +324,16 @@ void CurlStream::followRedirect(const char* target) {
     const bool allowed = isHttps(target) || (isHttp(target) && !isHttps(url_.get()));
     OwnedText next;
     _vn_snprintf(next.out(), 0, "%s", target);
+    if (responseCode() == kSeeOther) becomeGet();
     curl_multi_remove_handle(multi_.get(), easy_.get());
     if (allowed && next && ++redirects_ <= kMaxRedirects && begin(next.get())) return;
     finished_ = failed_ = true;
     status_ = StreamStatus::Error;
+}
+
+void CurlStream::becomeGet() {
+    curl_easy_setopt(easy_.get(), CURLOPT_HTTPGET, 1L);
+    curl_easy_setopt(easy_.get(), CURLOPT_CUSTOMREQUEST, "GET");
 }
 
 }  // namespace
