@@ -1,7 +1,7 @@
-// Reading and appending to the application registry.
+// Reading, extending and rewriting the application registry.
 #include "install/registry.h"
 
-#include <cstring>
+#include <cerrno>
 #include <utility>
 
 #include "api/last_error.h"
@@ -14,29 +14,51 @@ namespace velnor {
 namespace {
 
 constexpr char kFunction[] = "vn_install";
-constexpr long kPieceSize = 1024;
+// Longer lines are no names, and longer names never match a line.
+constexpr size_t kMaxName = 1023;
 
-// Reads up to the next line feed, which is dropped, or the end of the file; at most kPieceSize - 1
-// characters of the line go into `piece`. Returns the length of the whole line, -1 at the end.
-long readLine(FILE* registry, char* piece) {
-    long length = 0;
+enum class Line { Name, Other, End };
+
+// Reads a line, which counts as `appName` only when it equals it as a whole. Any other goes to
+// `copy`, unless that is null, with a line feed at its end. Lines are of any length and may hold
+// any byte, so what is compared is held back nowhere but in the name itself.
+Line readLine(FILE* registry, const char* appName, FILE* copy) {
     int c = std::getc(registry);
-    if (c == EOF) return -1;
-    for (; c != EOF && c != '\n'; c = std::getc(registry), ++length) {
-        if (length < kPieceSize - 1) piece[length] = static_cast<char>(c);
+    if (c == EOF) return Line::End;
+    size_t matched = 0;
+    for (; c != EOF && c != '\n' && c != '\0' && c == static_cast<unsigned char>(appName[matched]);
+         c = std::getc(registry)) {
+        ++matched;
     }
-    piece[length < kPieceSize ? length : kPieceSize - 1] = '\0';
-    return length;
+    const bool ended = c == EOF || c == '\n';
+    if (ended && appName[matched] == '\0' && matched <= kMaxName) return Line::Name;
+    if (copy != nullptr) std::fwrite(appName, 1, matched, copy);
+    for (; c != EOF && c != '\n'; c = std::getc(registry)) {
+        if (copy != nullptr) std::putc(c, copy);
+    }
+    if (copy != nullptr) std::putc('\n', copy);
+    return Line::Other;
 }
 
-// Lines that do not fit are longer than any name that is looked for in them.
 bool isListed(FILE* registry, const char* appName) {
-    char piece[kPieceSize];
-    long length = 0;
-    while ((length = readLine(registry, piece)) >= 0) {
-        if (length < kPieceSize && std::strcmp(piece, appName) == 0) return true;
+    Line line = Line::Other;
+    while (line == Line::Other) line = readLine(registry, appName, nullptr);
+    return line == Line::Name;
+}
+
+// Writes the registry at `path` anew from its backup. Returns the number of lines, -1 when not all
+// of it could be read and written.
+int32_t rewrite(const char* backup, const char* path, const char* appName) {
+    const File old = openFile(backup, "r");
+    File renewed = old ? openFile(path, "w") : File();
+    if (!renewed) return -1;
+    int32_t others = 0;
+    Line line = Line::Other;
+    while ((line = readLine(old.get(), appName, renewed.get())) != Line::End) {
+        if (line == Line::Other) ++others;
     }
-    return false;
+    const bool whole = std::ferror(old.get()) == 0 && std::ferror(renewed.get()) == 0;
+    return std::fclose(renewed.release()) == 0 && whole ? others : -1;
 }
 
 bool append(File registry, const char* appName) {
@@ -78,6 +100,30 @@ Registration registerApplication(const char* installPath, const char* appName,
     }
     VN_LOG_INFO(kFunction, "Registered the client");
     return Registration::Registered;
+}
+
+int32_t unregisterApplication(const char* installPath, const char* appName) {
+    char path[kPathSize];
+    char backup[kPathSize];
+    int32_t others = -1;
+    if (formatPath(path, "%s/appregistry.dat", installPath) &&
+        formatPath(backup, "%s/appregistry.dat.bak", installPath)) {
+        std::remove(backup);
+        if (std::rename(path, backup) == 0) {
+            others = rewrite(backup, path, appName);
+            if (others != -1) {
+                std::remove(backup);
+            } else {
+                // Half a registry would cost other applications their client.
+                std::remove(path);
+                std::rename(backup, path);
+            }
+        } else if (errno == ENOENT || errno == ENOTDIR) {
+            return 0;
+        }
+    }
+    if (others == -1) _vn_setLastError(INSTALL_ERROR_DISK);
+    return others;
 }
 
 }  // namespace velnor

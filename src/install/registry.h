@@ -13,6 +13,11 @@ enum class Registration { Failed, AlreadyRegistered, Registered };
 Registration registerApplication(const char* installPath, const char* appName,
                                  InstallContext* context);
 
+/// Takes every line that equals `appName` out of the registry in `installPath`. Returns how many
+/// lines are left, 0 also without a registry; -1 with code 7 when it could not be rewritten, and
+/// then it is as it was.
+int32_t unregisterApplication(const char* installPath, const char* appName);
+
 }  // namespace velnor
 
 #endif
