@@ -96,6 +96,9 @@ typedef struct InstallContext {
  * 14 it never answered; 6 client.ini names no log server. Other failures have the codes 15 to 18,
  * 20 and 21 with errorDetail, and without it the plain codes 5 (network, verification), 6
  * (client.ini) and 7 (disk). What earlier steps wrote stays on the disk.
+ *
+ * Whatever the result, the installer's log then goes to the log server that client.ini names; a
+ * refusal has no effect. While that server does not answer at all, vn_install does not return.
  */
 int32_t vn_install(const char* appName, int32_t cid, const char* eula, InstallContext* context);
 
