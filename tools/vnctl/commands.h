@@ -9,6 +9,7 @@ namespace vnctl {
 // Each adds its subcommand to `app`. When the command line picks it, `chosen` becomes what to do.
 
 void addInstall(CLI::App& app, program::Body& chosen);
+void addUninstall(CLI::App& app, program::Body& chosen);
 
 }  // namespace vnctl
 

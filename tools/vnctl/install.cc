@@ -1,5 +1,4 @@
 // vnctl install: the installer engine with its progress and its outcome on a terminal.
-#include <algorithm>
 #include <iostream>
 #include <limits>
 #include <memory>
@@ -7,6 +6,7 @@
 
 #include "velnor/capi.h"
 #include "vnctl/commands.h"
+#include "vnctl/name_option.h"
 #include "vnctl/progress.h"
 #include "vnctl/result_text.h"
 
@@ -29,13 +29,6 @@ Progress& progress() {
 }
 
 void onProgress(uint32_t percentage, uint32_t /*reserved*/) { progress().show(percentage); }
-
-std::string checkName(const std::string& name) {
-    const bool plain =
-        std::all_of(name.begin(), name.end(), [](char c) { return c >= ' ' && c <= '~'; });
-    // The name is a line of the registry and a part of the user agent.
-    return plain && !name.empty() ? "" : "The name must be one or more printable ASCII characters.";
-}
 
 std::string checkEula(const std::string& text) {
     const bool valid = !text.empty() && text.size() <= kLongestEula &&
@@ -69,10 +62,7 @@ void addInstall(CLI::App& app, program::Body& chosen) {
     const auto options = std::make_shared<Options>();
     CLI::App* command = app.add_subcommand(
         "install", "Install and start the client, and register an application with it");
-    command->add_option("--name", options->name, "The application to register")
-        ->type_name("NAME")
-        ->capture_default_str()
-        ->check(checkName);
+    addNameOption(*command, options->name, "The application to register");
     auto* eula =
         command->add_option("--eula", options->eula, "The EULA that the user has accepted");
     auto* cid =

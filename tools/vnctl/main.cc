@@ -11,6 +11,7 @@ program::Body setUp(CLI::App& app) {
     app.require_subcommand(1);
     const auto chosen = std::make_shared<program::Body>();
     vnctl::addInstall(app, *chosen);
+    vnctl::addUninstall(app, *chosen);
     return [chosen] { return (*chosen)(); };
 }
 

@@ -1,0 +1,93 @@
+// vnctl uninstall: takes an application off the client, and says what became of the client.
+#include <array>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <memory>
+#include <string>
+
+#include "support/paths.h"
+#include "velnor/capi.h"
+#include "vnctl/commands.h"
+#include "vnctl/name_option.h"
+#include "vnctl/result_text.h"
+
+namespace vnctl {
+namespace {
+
+struct Options {
+    std::string name = "Velnor";
+    bool keepIdentity = false;
+};
+
+std::string installPath() {
+    std::array<char, velnor::kPathSize> path{};
+    _vn_getInstallPath(path.data(), path.size());
+    return path.data();
+}
+
+// What is on the disk, because vn_uninstall does not tell what it found and left.
+struct Installation {
+    bool exists = false;
+    size_t applications = 0;  // lines of the registry: a blank one keeps the client too
+};
+
+Installation look() {
+    std::error_code unreadable;
+    Installation found{.exists = std::filesystem::exists(installPath(), unreadable)};
+    std::ifstream registry(installPath() + "/appregistry.dat");
+    for (std::string line; std::getline(registry, line);) ++found.applications;
+    return found;
+}
+
+int fail(const std::string& message) {
+    std::cerr << "vnctl: " << message << std::endl;
+    return 1;
+}
+
+int sayOutcome(const Options& options, const Installation& before, const Installation& after) {
+    if (after.applications > 0) {
+        const bool hasLeft = after.applications < before.applications;
+        std::cout << options.name << (hasLeft ? " has left." : " was not registered.")
+                  << " The client stays for the applications that are registered." << std::endl;
+    } else if (!before.exists) {
+        std::cout << "Nothing was installed in " << installPath() << '.' << std::endl;
+    } else if (!after.exists) {
+        std::cout << "The client was removed." << std::endl;
+    } else if (options.keepIdentity) {
+        std::cout << "The client was stopped and does not start again; its files stay in "
+                  << installPath() << '.' << std::endl;
+    } else {
+        return fail("The client was stopped, but not all of " + installPath() +
+                    " could be deleted.");
+    }
+    return 0;
+}
+
+int uninstall(const Options& options) {
+    // Keeping the identity deletes the files of a folder "installer.txt" in the current directory.
+    std::filesystem::current_path("/");
+    const Installation before = look();
+    // The client is given time, ten seconds or what its configuration says.
+    std::cout << "Uninstalling " << options.name << "..." << std::endl;
+    const uint32_t flags = options.keepIdentity ? VN_UNINSTALL_KEEP_IDENTITY : 0;
+    if (vn_uninstall(options.name.c_str(), flags) == 0) {
+        return sayOutcome(options, before, look());
+    }
+    return fail(resultText(vn_getLastError(), ""));
+}
+
+}  // namespace
+
+void addUninstall(CLI::App& app, program::Body& chosen) {
+    const auto options = std::make_shared<Options>();
+    CLI::App* command = app.add_subcommand(
+        "uninstall", "Take an application off the client, and remove the client after the last");
+    addNameOption(*command, options->name, "The application that leaves");
+    command->add_flag("--keep-identity", options->keepIdentity,
+                      "When the client is removed, leave its files in " + installPath() +
+                          ", among them guid.ini, this machine's identity");
+    command->callback([options, &chosen] { chosen = [options] { return uninstall(*options); }; });
+}
+
+}  // namespace vnctl
