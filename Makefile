@@ -20,16 +20,17 @@ clang_tidy_findings = sed -E -e '/^clang-tidy|warnings? generated\.$$/d' -e 's/\
 	$(build)/clang-tidy.log
 
 .DEFAULT_GOAL := help
-.PHONY: help deps configure build run test bench lint clean \
+.PHONY: help deps configure build rehearsal run rehearse test bench lint clean \
 	lint-format lint-c99 lint-shell lint-cppcheck lint-tidy
 
 help:
-	@echo 'make run     install the client in a rehearsal world, and show what happened'
-	@echo 'make test    build and run the tests'
-	@echo 'make bench   build and run the benchmarks'
-	@echo 'make lint    format, static analysis, scripts, the public header'
-	@echo 'make deps    install the Debian packages that are missing (packages.txt)'
-	@echo 'make clean   remove everything that was built'
+	@echo 'make run       install the client in a rehearsal world, and show what happened'
+	@echo 'make rehearse  let two applications install it and leave again, and check every step'
+	@echo 'make test      build and run the tests'
+	@echo 'make bench     build and run the benchmarks'
+	@echo 'make lint      format, static analysis, scripts, the public header'
+	@echo 'make deps      install the Debian packages that are missing (packages.txt)'
+	@echo 'make clean     remove everything that was built'
 	@echo
 	@sed -n 's/^#   /  /p' Makefile
 
@@ -43,9 +44,14 @@ configure: deps
 build: configure
 	@cmake --build --preset $(PRESET) --parallel $(jobs)
 
-run: configure
+rehearsal: configure
 	@cmake --build --preset $(PRESET) --parallel $(jobs) --target sandbox_world vnctl vn-publish
-	@sandbox/rehearse $(build)
+
+run: rehearsal
+	@sandbox/rehearse --keep $(build) install
+
+rehearse: rehearsal
+	@sandbox/rehearse $(build) lifetime
 
 test: build
 	@ctest --preset $(PRESET) --parallel $(test_jobs)

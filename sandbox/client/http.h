@@ -11,6 +11,9 @@ namespace http {
 /// The target of a request's first line, or nothing when it is no GET.
 std::optional<std::string> targetOf(std::string_view head);
 
+/// The value of a header, in whatever letter case its name came; empty when there is none.
+std::string headerOf(std::string_view head, std::string_view name);
+
 /// Whether the query of `target` has the parameter NAME=VALUE, given as such.
 bool hasParameter(std::string_view target, std::string_view parameter);
 

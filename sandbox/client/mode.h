@@ -5,7 +5,8 @@
 #include <string>
 
 /// The word in /tmp/standin_client.mode: `mute` (accepts and never answers), `garbage` (answers
-/// something else), `refuse` (ends as soon as it is started); empty for normal.
+/// something else), `refuse` (ends as soon as it is started), `unacknowledged` (never says that its
+/// servers know of an uninstallation); empty for normal.
 std::string currentMode();
 
 #endif

@@ -15,7 +15,7 @@
 #include <system_error>
 #include <thread>
 
-#include "http.h"
+#include "api.h"
 #include "mode.h"
 
 namespace {
@@ -24,14 +24,6 @@ constexpr size_t kLargestHead = 64 * 1024;
 constexpr timeval kPatience{5, 0};
 
 volatile std::sig_atomic_t stopping = 0;
-
-std::string answer(const std::string& head) {
-    if (currentMode() == "garbage") return http::reply("200 OK", "something else");
-    const std::string target = http::targetOf(head).value_or("");
-    if (target.starts_with("/api?") && http::hasParameter(target, "function=ping"))
-        return http::reply("200 OK", "{\"result\":\"pong\"}");
-    return http::reply("404 Not Found", "{\"result\":\"unknown\"}");
-}
 
 /// What came up to the empty line that ends a request's head; empty when none came.
 std::string readHead(int connection) {

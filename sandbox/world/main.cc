@@ -1,5 +1,5 @@
 // The maker's side of the rehearsal: publishes a release folder on the configuration server and the
-// content host that the product was built for, both on the loopback address.
+// content host that the product was built for, and takes logs in; all on the loopback address.
 #include <csignal>
 #include <fstream>
 #include <iostream>
@@ -9,6 +9,7 @@
 #include <string>
 
 #include "../servers/file_server.h"
+#include "../servers/log_server.h"
 #include "../servers/release.h"
 #include "../servers/tls_files.h"
 #include "velnor_deployment.h"
@@ -20,9 +21,12 @@ struct Options {
     std::string tls;
     std::string ready;
     std::string log;
+    std::string logs;
 };
 
-constexpr char kUsage[] = "usage: world --release DIR [--tls DIR] [--ready FILE] [--log FILE]";
+constexpr int kLogPort = 8445;
+constexpr char kUsage[] =
+    "usage: world --release DIR [--tls DIR] [--ready FILE] [--log FILE] [--logs DIR]";
 
 Options parse(int argc, char** argv) {
     Options options;
@@ -31,6 +35,7 @@ Options parse(int argc, char** argv) {
         if (name == "--tls") return options.tls;
         if (name == "--ready") return options.ready;
         if (name == "--log") return options.log;
+        if (name == "--logs") return options.logs;
         throw std::runtime_error(kUsage);
     };
     for (int i = 1; i < argc; i += 2) {
@@ -47,7 +52,8 @@ int portOf(const std::string& host) {
     return colon == std::string::npos ? 443 : std::stoi(host.substr(colon + 1));
 }
 
-/// One line per request: the host it was meant for, the request, the status, the body's length.
+/// One line per request: the host it was meant for, the request, the status, and the length of the
+/// body that it is about: the reply's, or what a PUT brought.
 class AccessLog {
   public:
     explicit AccessLog(const std::string& path) {
@@ -56,10 +62,11 @@ class AccessLog {
     }
 
     void write(const sandbox::Request& request, const sandbox::Reply& reply) {
+        const std::string& body = request.method == "PUT" ? request.body : reply.body.bytes();
         const std::lock_guard lock(mutex_);
         (file_.is_open() ? static_cast<std::ostream&>(file_) : std::cerr)
             << request.header("Host") << ' ' << request.method << ' ' << request.target << ' '
-            << reply.status << ' ' << reply.body.bytes().size() << std::endl;
+            << reply.status << ' ' << body.size() << std::endl;
     }
 
   private:
@@ -92,9 +99,11 @@ void run(const Options& options) {
     const bool shared = contentPort == configurationPort;
     const auto own = shared ? nullptr : std::make_unique<sandbox::FileServer>(contentPort, tls);
     sandbox::FileServer& content = shared ? configuration : *own;
-    for (sandbox::FileServer* server : {&configuration, &content}) server->observe(observer);
+    sandbox::FileServer logs(kLogPort);
+    for (sandbox::FileServer* server : {&configuration, &content, &logs}) server->observe(observer);
     serveContent(content, release);
     serveConfiguration(configuration, release);
+    serveLogs(logs, options.logs);
 
     if (!options.ready.empty()) std::ofstream(options.ready) << "ready\n";
     int signal = 0;

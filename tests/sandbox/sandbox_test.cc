@@ -21,15 +21,16 @@ const std::string kName = kConfigurationHost.substr(0, kConfigurationHost.find('
 const std::string kConfiguration = "https://" + kConfigurationHost + "/conf/client_ini.html?guid=0";
 const std::string kContent = "https://" + std::string(velnor::deployment::kContentHost) + "/";
 
-/// `world` serving a client.ini of one line and one file, until the object goes.
+/// `world` serving a client.ini of one line and one file, and keeping logs, until the object goes.
 class World {
   public:
     World() {
         std::filesystem::create_directories("/tmp/release/files");
+        std::filesystem::create_directories("/tmp/logs");
         harness::writeFile("/tmp/release/client.ini", "a=b\n");
         harness::writeFile("/tmp/release/files/tool.tar.gz", "some bytes");
         run("'" SANDBOX_FOLDER
-            "/world' --release /tmp/release --ready /tmp/ready --log /tmp/log"
+            "/world' --release /tmp/release --ready /tmp/ready --log /tmp/log --logs /tmp/logs"
             " </dev/null >/dev/null 2>&1 & echo $! > /tmp/world");
         EXPECT_TRUE(eventually([] { return std::filesystem::exists("/tmp/ready"); }));
     }
@@ -70,6 +71,25 @@ TEST(World, ServesAReleaseOverTrustedConnections) {
               std::string::npos);
 }
 
+TEST(World, KeepsLogsUnderPlainNamesOnly) {
+    const World world;
+    const std::pair<const char*, const char*> rows[] = {
+        {"PUT /logs/a-1_B.log", "200"}, {"GET /logs/a-1_B.log", "405"},
+        {"PUT /logs/", "404"},          {"PUT /logs/.b", "404"},
+        {"PUT /logs/../b", "404"},      {"PUT /logs/a%2fb", "404"},
+        {"PUT /logs/a?b", "404"},       {"PUT /b", "404"},
+    };
+    const std::string curl = "curl -s -o /dev/null -w '%{http_code}' --path-as-is -d 'a log'";
+    for (const auto& [request, status] : rows) {
+        std::string arguments = request;
+        arguments.insert(arguments.find('/'), "'http://log.velnor.example:8445");
+        EXPECT_EQ(run(curl + " -X " + arguments + "'").output, status) << request;
+    }
+    EXPECT_EQ(run("cd /tmp/logs && grep -r . .").output, "./a-1_B.log:a log\n");
+    EXPECT_NE(harness::readFile("/tmp/log").find(":8445 PUT /logs/a-1_B.log 200 5\n"),
+              std::string::npos);
+}
+
 TEST(Certificates, OnlyTheServersOwnIsAccepted) {
     for (const auto& [name, expected] :
          {std::pair{"server", 0}, {"untrusted", 60}, {"expired", 60}, {"wrong-host", 60}}) {
@@ -80,19 +100,47 @@ TEST(Certificates, OnlyTheServersOwnIsAccepted) {
     }
 }
 
+/// What the stand-in client replies to a function of its interface, as curl's status or the body.
+harness::CommandResult ask(const std::string& function) {
+    return run("curl -s -m 1 -A 'Some App' 'http://127.0.0.1:9421/api?cid=1&function=" + function +
+               "'");
+}
+
+void startClient() {
+    run("'" SANDBOX_FOLDER "/standin_client' </dev/null >/tmp/heard 2>&1 & echo $! > /tmp/client");
+    EXPECT_TRUE(eventually([] { return ask("ping").output.find("pong") != std::string::npos; }));
+}
+
 TEST(StandinClient, AnswersPingAndItsModes) {
-    const std::string ping = "curl -s -m 1 'http://127.0.0.1:9421/api?function=ping&cid=0'";
-    run("'" SANDBOX_FOLDER "/standin_client' </dev/null >/dev/null 2>&1 & echo $! > /tmp/client");
-    EXPECT_TRUE(eventually([&] { return run(ping).output.find("pong") != std::string::npos; }));
+    startClient();
     EXPECT_EQ(run("curl -s -o /dev/null -w '%{http_code}' http://127.0.0.1:9421/").output, "404");
     harness::writeFile("/tmp/standin_client.mode", "garbage");
-    EXPECT_EQ(run(ping).output.find("pong"), std::string::npos);
+    EXPECT_EQ(ask("ping").output.find("pong"), std::string::npos);
     harness::writeFile("/tmp/standin_client.mode", "mute");
-    EXPECT_EQ(run(ping).status, 28);
+    EXPECT_EQ(ask("ping").status, 28);
     run("kill $(cat /tmp/client)");
-    EXPECT_TRUE(eventually([&] { return run(ping).status == 7; }));
+    EXPECT_TRUE(eventually([] { return ask("ping").status == 7; }));
     harness::writeFile("/tmp/standin_client.mode", "refuse");
     EXPECT_EQ(run("'" SANDBOX_FOLDER "/standin_client' 2>/dev/null").status, 1);
+}
+
+TEST(StandinClient, TellsItsServersThatAnApplicationLeaves) {
+    const auto serversKnow = [] {
+        return ask("getClientAttributes").output.find("\"uninstallMsgSent\":true") !=
+               std::string::npos;
+    };
+    startClient();
+    for (int leaving = 0; leaving < 2; ++leaving) {
+        ask("uninstall");
+        EXPECT_FALSE(serversKnow());
+        EXPECT_TRUE(eventually(serversKnow));
+    }
+    harness::writeFile("/tmp/standin_client.mode", "unacknowledged");
+    EXPECT_FALSE(serversKnow());
+    EXPECT_TRUE(harness::readFile("/tmp/heard")
+                    .starts_with("Some App\t/api?cid=1&function=uninstall\t{\"result\":null}\n"))
+        << "the pings before it are not noted";
+    run("kill $(cat /tmp/client)");
 }
 
 }  // namespace
