@@ -27,8 +27,8 @@ namespace {
 constexpr char kFunction[] = "_vn_uploadLogs";
 constexpr size_t kTargetSize = 256;
 
-// Without end while nobody answers, deliberately: the maker is to see every installation, those
-// above all that had trouble with the network. An answer that is no 200 ends it.
+// Without end while nothing answers, deliberately: the maker is to see every installation, those
+// above all that had trouble with the network.
 constexpr AttemptPolicy kPolicy{
     .noStream = Next::GiveUp,
     .noAnswer = Next::DirectAgain,
@@ -54,10 +54,10 @@ bool isUploadUrl(const char* url) {
     return true;
 }
 
-// Size of the file in its low 32 bits; 0 when the system does not say.
-uint32_t sizeOf(const char* path) {
+// Size of the file in bytes; 0 when the system does not say.
+off_t sizeOf(const char* path) {
     struct stat entry {};
-    if (stat(path, &entry) == 0) return static_cast<uint32_t>(entry.st_size);
+    if (stat(path, &entry) == 0) return entry.st_size;
     VN_LOG_ERROR(kFunction, "Could not get the size of log file; Not uploading the file.");
     return 0;
 }
@@ -68,12 +68,12 @@ OwnedText readLog(const char* path) {
         VN_LOG_ERROR(kFunction, "Unable to open log file: %s", path);
         return {};
     }
-    const uint32_t size = sizeOf(path);
+    const off_t size = sizeOf(path);
     if (size == 0) {
         VN_LOG_ERROR(kFunction, "Unable to get the file length for the log file: %s", path);
         return {};
     }
-    OwnedText text = velnor::readText(file.get(), size);
+    OwnedText text = velnor::readText(file.get(), static_cast<uint32_t>(size));
     if (!text) {
         // "buufer" is part of the text; whoever searches the logs for it searches for it so.
         VN_LOG_ERROR(kFunction,

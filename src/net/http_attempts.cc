@@ -64,7 +64,7 @@ class Attempts {
     Ending exchange(Mode mode) {
         const auto stream = platform::createHttpStream(requestFor(mode));
         if (!stream || !stream->open()) return Ending::NoStream;
-        // A stream that fails while it is waited for has "bytes": the news of its failure.
+        // A failed stream ends the wait for bytes as well: a read of it need not wait.
         if (!waitUntilOpen(*stream) || !waitForBytes(*stream) ||
             stream->status() == platform::StreamStatus::Error) {
             return Ending::NoAnswer;

@@ -16,10 +16,11 @@ enum class Next {
     DirectAgain,  // a direct attempt in any case, however many there were
 };
 
-/// What an attempt can fail of, and what follows then. Want of memory always ends the request.
+/// What an attempt can fail of, and what follows then. Want of memory for the body always ends the
+/// request.
 struct AttemptPolicy {
     Next noStream;       // it could not even start
-    Next noAnswer;       // no connection, or no first byte, within the time
+    Next noAnswer;       // no connection or no first byte within the time, or a failure before it
     Next brokenAnswer;   // the connection failed within the answer
     Next noCredentials;  // a proxy wants a password, and there is none
     Next refusal;        // any status but 200, a refused password, an answer that was not accepted

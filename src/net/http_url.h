@@ -17,11 +17,11 @@ int32_t _vn_getHostName(const char* url, char** copyOut, char** hostOut, int32_t
 
 namespace velnor {
 
-/// True when `url` begins with "http://" (in lower case) and has a "/" behind that.
-bool isHttpUrlWithPath(const char* url);
-
 /// True when `url` begins with "http://" (in lower case).
 bool isHttpUrl(const char* url);
+
+/// The same, and there is a "/" behind that.
+bool isHttpUrlWithPath(const char* url);
 
 }  // namespace velnor
 

@@ -18,8 +18,6 @@
 namespace {
 
 constexpr int32_t kMaxPort = 65535;
-// The client answers at once; this is for one that hangs, which nobody should hang with.
-constexpr timeval kPatience{30, 0};
 
 struct AddressListDeleter {
     void operator()(addrinfo* list) const { freeaddrinfo(list); }
@@ -36,29 +34,22 @@ AddressList resolve(const char* hostName) {
     return AddressList(getaddrinfo(hostName, nullptr, &wanted, &list) == 0 ? list : nullptr);
 }
 
-void configure(int fd) {
-    fcntl(fd, F_SETFD, FD_CLOEXEC);
-    setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &kPatience, sizeof kPatience);
-    setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &kPatience, sizeof kPatience);
-}
-
 // A connect(2) that a signal has interrupted goes on by itself; repeating it would be an error.
 bool awaitConnection(int fd) {
     pollfd watched{fd, POLLOUT, 0};
     int ready = 0;
     do {
-        ready = poll(&watched, 1, static_cast<int>(kPatience.tv_sec) * 1000);
+        ready = poll(&watched, 1, -1);
     } while (ready == -1 && errno == EINTR);
     int error = 0;
     socklen_t size = sizeof error;
     return ready == 1 && getsockopt(fd, SOL_SOCKET, SO_ERROR, &error, &size) == 0 && error == 0;
 }
 
-bool connectTo(int fd, const addrinfo& host, int32_t port) {
+bool connectTo(int fd, addrinfo* host, int32_t port) {
     if (port < 1 || port > kMaxPort) return false;
-    auto* address = reinterpret_cast<sockaddr_in*>(host.ai_addr);
-    address->sin_port = htons(static_cast<uint16_t>(port));
-    if (connect(fd, host.ai_addr, host.ai_addrlen) == 0) return true;
+    reinterpret_cast<sockaddr_in*>(host->ai_addr)->sin_port = htons(static_cast<uint16_t>(port));
+    if (connect(fd, host->ai_addr, host->ai_addrlen) == 0) return true;
     return errno == EINTR && awaitConnection(fd);
 }
 
@@ -75,12 +66,18 @@ int32_t _vn_openSocket(const char* hostName, int32_t port) {
         return -1;
     }
     velnor::Socket fd(socket(host->ai_family, host->ai_socktype, host->ai_protocol));
-    if (fd) configure(fd.get());
-    if (!fd || !connectTo(fd.get(), *host, port)) {
+    if (fd) fcntl(fd.get(), F_SETFD, FD_CLOEXEC);
+    if (!fd || !connectTo(fd.get(), host.get(), port)) {
         _vn_setLastError(INSTALL_ERROR_NETWORK);
         return -1;
     }
     return fd.release();
+}
+
+void velnor::limitWaits(int32_t socket, int32_t seconds) {
+    const timeval limit{seconds, 0};
+    setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
+    setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
 }
 
 int64_t velnor::receive(int32_t socket, void* buffer, uint32_t size) {

@@ -7,14 +7,17 @@
 
 /// Connects to `hostName`, a name or an IPv4 address in text, at `port`. Returns the descriptor,
 /// owned by the caller; -1 with code 1 when there is no such host and 5 when it cannot be connected
-/// to, a port outside 1 to 65535 included. Programs that are started meanwhile do not inherit it.
-/// Connecting, sending and receiving each give up after 30 seconds without progress.
+/// to, a port outside 1 to 65535 included. Programs that are started later do not inherit it.
 int32_t _vn_openSocket(const char* hostName, int32_t port);
 
 /// Receives until `size` bytes are in `buffer`, or the peer closes or fails. Returns their number.
 uint32_t _vn_recvUpToSize(int32_t socket, void* buffer, uint32_t size);
 
 namespace velnor {
+
+/// Makes sending and receiving on the socket fail after so many seconds without progress; a signal
+/// that arrives meanwhile begins them anew.
+void limitWaits(int32_t socket, int32_t seconds);
 
 /// Receives what is there, waiting for the first byte; at most `size` bytes. Returns their number,
 /// 0 when the peer has closed, -1 on failure.

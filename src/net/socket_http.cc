@@ -27,6 +27,8 @@ constexpr uint32_t kStatusOffset = 9;
 constexpr int64_t kMaxLength = 0xA00000;
 constexpr uint32_t kFirstRoom = 1024 * 1024;
 constexpr int32_t kDefaultPort = 80;
+// The client answers at once; this is for one that hangs, which nobody should hang with.
+constexpr int32_t kPatience = 30;
 constexpr char kBlankLine[] = "\r\n\r\n";
 
 // What came in up to the blank line and in the same reads.
@@ -140,8 +142,9 @@ bool exchange(int32_t socket, const char* userAgent, const char* path, const cha
                : receiveUntilClosed(socket, head, reply);
 }
 
-int32_t statusOf(const char* headers) {
-    return std::strlen(headers) >= kStatusOffset ? std::atoi(headers + kStatusOffset) : 0;
+long statusOf(const char* headers) {
+    const bool hasStatus = std::strlen(headers) >= kStatusOffset;
+    return hasStatus ? std::strtol(headers + kStatusOffset, nullptr, 10) : 0;
 }
 
 // Fetches one URL, whatever its status. True with the reply, and the socket in `socketOut`.
@@ -155,7 +158,9 @@ bool fetch(const char* userAgent, const char* url, Reply* reply, int32_t* socket
     char* path = nullptr;
     if (!_vn_getHostName(url, copy.out(), &host, &port, &path)) return false;
     velnor::Socket socket(_vn_openSocket(host, port));
-    if (!socket || !exchange(socket.get(), userAgent, path, host, true, reply)) return false;
+    if (!socket) return false;
+    velnor::limitWaits(socket.get(), kPatience);
+    if (!exchange(socket.get(), userAgent, path, host, true, reply)) return false;
     *socketOut = socket.release();
     return true;
 }
@@ -183,7 +188,7 @@ char* _vn_downloadURL(const char* userAgent, const char* url, int32_t* socketOut
         int32_t descriptor = -1;
         if (!fetch(userAgent, redirect ? redirect.get() : url, &reply, &descriptor)) return nullptr;
         velnor::Socket socket(descriptor);
-        const int32_t status = statusOf(reply.headers.get());
+        const long status = statusOf(reply.headers.get());
         if (status == 200) {
             if (socketOut != nullptr) *socketOut = socket.release();
             if (lengthOut != nullptr) *lengthOut = reply.length;

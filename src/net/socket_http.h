@@ -9,9 +9,10 @@
 /// the reply's body with one NUL byte behind it, owned by the caller; null on failure. The status
 /// is not looked at. The socket stays open, for a further request when the peer allows one.
 ///
-/// A reply with "Content-Length: " has 1 to 10,485,760 bytes of body, and what comes beyond its
-/// length is dropped; one without goes on until the peer closes. The header block has at most 4096
-/// bytes. The whole request has at most 1023 characters.
+/// The header block has at most 4096 bytes. A reply with "Content-Length: " in what comes first,
+/// the headers and whatever is in the same reads, has 1 to 10,485,760 bytes of body; what follows
+/// them is not part of it, and whether it is still in the socket then is left open. One without
+/// goes on until the peer closes. The whole request has at most 1023 characters.
 ///
 /// `headersOut` (may be null) receives a copy of the header block with its blank line, owned by the
 /// caller, and null on failure; `lengthOut` (may be null) the body's length on success.
@@ -23,7 +24,8 @@ char* _vn_downloadPathFromSocket(const char* userAgent, const char* path, const 
                                  int32_t socket, char** headersOut, uint32_t* lengthOut);
 
 /// Fetches an "http://" URL and returns the body as above, of a reply with status 200; null on
-/// failure. Redirects are followed without a limit on their number, to "http://" URLs only.
+/// failure. Redirects are followed without a limit on their number, to "http://" URLs only. A peer
+/// that is silent for 30 seconds counts as one that has closed.
 ///
 /// `socketOut` (may be null) receives the open socket of a success, owned by the caller, and -1 on
 /// failure; without it the socket is closed. `lengthOut` (may be null) receives the body's length

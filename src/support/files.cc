@@ -28,8 +28,8 @@ int32_t _vn_writeFile(const char* path, const void* buffer, uint32_t size, const
 
 velnor::OwnedText velnor::readText(FILE* file, uint32_t size) {
     OwnedText text;
-    // One byte more than 32 bits count is more than any file of ours has.
-    if (!text.resize(size != UINT32_MAX ? size + 1 : size--)) return text;
+    if (size == UINT32_MAX) --size;  // room for the NUL byte
+    if (!text.resize(size + 1)) return text;
     std::rewind(file);
     text.get()[std::fread(text.get(), 1, size, file)] = '\0';
     return text;

@@ -60,13 +60,13 @@ TEST_F(UploadProxy, PasswordFromTheKeyringOpensTheWay) {
     {
         const ProxyPeer proxy(Demand::Basic);
         EXPECT_TRUE(upload(server_.port()));
-        EXPECT_EQ(proxy.requests(), (Lines{"PUT 407", "PUT 200"}));
+        proxy.expectRequests({"PUT 407", "PUT 200"});
     }
     const ProxyPeer proxy(Demand::Digest, 3129);
     setenv("http_proxy", "http://127.0.0.1:3129", 1);
     storePassword("http", kPassword, 3129);
     EXPECT_TRUE(upload(server_.port()));
-    EXPECT_EQ(proxy.requests().back(), "PUT 200");
+    proxy.expectRequests({"PUT 407", "PUT 407", "PUT 200"});
     EXPECT_EQ(arrivals(), (Lines{"whole by proxy", "whole by proxy"}));
 }
 
@@ -75,7 +75,7 @@ TEST_F(UploadProxy, WrongPasswordFallsBackAndArrivesDirectly) {
     startKeyring();
     storePassword("http", "wrong");
     EXPECT_TRUE(upload(server_.port()));
-    EXPECT_EQ(proxy.requests(), (Lines{"PUT 407", "PUT 407"}));
+    proxy.expectRequests({"PUT 407", "PUT 407"});
     EXPECT_EQ(arrivals(), Lines{"whole directly"});
 }
 
@@ -83,7 +83,7 @@ TEST_F(UploadProxy, WithoutAPasswordItEnds) {
     const ProxyPeer proxy(Demand::Basic);
     startKeyring();
     EXPECT_FALSE(upload(server_.port()));
-    EXPECT_EQ(proxy.requests(), Lines{"PUT 407"});
+    proxy.expectRequests({"PUT 407"});
     EXPECT_EQ(arrivals(), Lines{});
 }
 

@@ -66,6 +66,11 @@ std::vector<std::string> ProxyPeer::requests() const {
     return lines;
 }
 
+void ProxyPeer::expectRequests(const std::vector<std::string>& expected) const {
+    harness::eventually([&] { return requests().size() >= expected.size(); });
+    EXPECT_EQ(requests(), expected);
+}
+
 void startKeyring() {
     const harness::CommandResult bus =
         run("dbus-daemon --session --fork --print-address 2>/dev/null");

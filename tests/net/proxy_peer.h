@@ -16,8 +16,11 @@ class ProxyPeer {
     ProxyPeer(const ProxyPeer&) = delete;
     ProxyPeer& operator=(const ProxyPeer&) = delete;
 
-    /// "METHOD status" of every request so far.
+    /// "METHOD status" of every request so far. One that has just been answered may not show yet.
     std::vector<std::string> requests() const;
+
+    /// Waits until as many requests show, and compares them.
+    void expectRequests(const std::vector<std::string>& expected) const;
 
   private:
     std::string folder_;
