@@ -86,7 +86,7 @@ typedef struct InstallContext {
  * application with it. Blocks for the whole installation: minutes on a slow network.
  *
  *   appName  the installing application's name; mandatory. It is registered, and sent as part of
- *            the user agent.
+ *            the user agent: one line of printable ASCII, of at most 800 characters.
  *   cid      application number for the EULA record; used only with `eula`.
  *   eula     name of the EULA that the user accepted, or null for no record.
  *   context  progress and detail, or null for neither.
@@ -97,8 +97,9 @@ typedef struct InstallContext {
  * 20 and 21 with errorDetail, and without it the plain codes 5 (network, verification), 6
  * (client.ini) and 7 (disk). What earlier steps wrote stays on the disk.
  *
- * Whatever the result, the installer's log then goes to the log server that client.ini names; a
- * refusal has no effect. While that server does not answer at all, vn_install does not return.
+ * Once client.ini has named a log server, the installer's log goes there at the end, whatever the
+ * result; a refusal has no effect. While that server does not answer, vn_install does not return.
+ * A client that runs already needs no more than the registration, and no log is sent.
  */
 int32_t vn_install(const char* appName, int32_t cid, const char* eula, InstallContext* context);
 
@@ -110,15 +111,17 @@ int32_t vn_install(const char* appName, int32_t cid, const char* eula, InstallCo
  * Takes one application off the client: removes its name from the registry and tells the client.
  * While other applications are registered, the client keeps running for them. After the last one
  * the client is stopped, and its launch agent, the install directory and the preference pane are
- * deleted. A name that is not registered counts as one that has left already.
+ * deleted; what cannot be stopped or deleted stays, and is no failure. A name that is not
+ * registered counts as one that has left already: when nobody else is registered, the client goes.
  *
  *   appName  the name that was given to vn_install; mandatory.
- *   flags    0, or any other value for VN_UNINSTALL_KEEP_IDENTITY. With it, the files of a folder
- *            "installer.txt" in the current directory are deleted, except guid.ini; do not call it
- *            where there is such a folder.
+ *   flags    0, or any other value for VN_UNINSTALL_KEEP_IDENTITY. With it, what is in a folder
+ *            "installer.txt" of the current directory is deleted; do not call it where there is
+ *            one.
  *
- * Blocks until the client has acknowledged, for at most as many seconds as client.ini says under
- * "UninstallTimeOutSec=" (10 when it does not). A client that does not answer is not waited for.
+ * Blocks until the client has acknowledged. It is asked once a second, at most as many times as
+ * client.ini says under "UninstallTimeOutSec=" (10 when it does not), and given up after 30 seconds
+ * of silence. A client that does not answer a ping is not told anything.
  *
  * Returns 0, or -1 with code 1 (appName null), 3 (internal), 7 (the registry could not be rewritten
  * and is as it was; the client keeps running) or 10 (the client could not be stopped).

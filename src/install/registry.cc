@@ -21,7 +21,7 @@ enum class Line { Name, Other, End };
 
 // Reads a line, which counts as `appName` only when it equals it as a whole. Any other goes to
 // `copy`, unless that is null, with a line feed at its end. Lines are of any length and may hold
-// any byte, so what is compared is held back nowhere but in the name itself.
+// any byte; what has matched so far need not be kept, because it is the beginning of `appName`.
 Line readLine(FILE* registry, const char* appName, FILE* copy) {
     int c = std::getc(registry);
     if (c == EOF) return Line::End;
@@ -59,6 +59,26 @@ int32_t rewrite(const char* backup, const char* path, const char* appName) {
     }
     const bool whole = std::ferror(old.get()) == 0 && std::ferror(renewed.get()) == 0;
     return std::fclose(renewed.release()) == 0 && whole ? others : -1;
+}
+
+// Half a registry would cost other applications their client.
+void restore(const char* backup, const char* path) {
+    if (std::rename(backup, path) == 0) return;
+    std::remove(path);  // a folder that was moved aside takes no file's place
+    std::rename(backup, path);
+}
+
+// Moves the registry aside and writes it anew. Returns as unregisterApplication.
+int32_t replace(const char* path, const char* backup, const char* appName) {
+    std::remove(backup);
+    if (std::rename(path, backup) != 0) return errno == ENOENT || errno == ENOTDIR ? 0 : -1;
+    const int32_t others = rewrite(backup, path, appName);
+    if (others != -1) {
+        std::remove(backup);
+    } else {
+        restore(backup, path);
+    }
+    return others;
 }
 
 bool append(File registry, const char* appName) {
@@ -105,23 +125,9 @@ Registration registerApplication(const char* installPath, const char* appName,
 int32_t unregisterApplication(const char* installPath, const char* appName) {
     char path[kPathSize];
     char backup[kPathSize];
-    int32_t others = -1;
-    if (formatPath(path, "%s/appregistry.dat", installPath) &&
-        formatPath(backup, "%s/appregistry.dat.bak", installPath)) {
-        std::remove(backup);
-        if (std::rename(path, backup) == 0) {
-            others = rewrite(backup, path, appName);
-            if (others != -1) {
-                std::remove(backup);
-            } else {
-                // Half a registry would cost other applications their client.
-                std::remove(path);
-                std::rename(backup, path);
-            }
-        } else if (errno == ENOENT || errno == ENOTDIR) {
-            return 0;
-        }
-    }
+    const bool formed = formatPath(path, "%s/appregistry.dat", installPath) &&
+                        formatPath(backup, "%s/appregistry.dat.bak", installPath);
+    const int32_t others = formed ? replace(path, backup, appName) : -1;
     if (others == -1) _vn_setLastError(INSTALL_ERROR_DISK);
     return others;
 }

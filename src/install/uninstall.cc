@@ -3,6 +3,8 @@
 
 #include <sys/stat.h>
 
+#include <cstdlib>
+
 #include "api/last_error.h"
 #include "detect/euc_utils.h"
 #include "install/client_ini.h"
@@ -34,14 +36,15 @@ constexpr char kPreferencePane[] = "~/Library/PreferencePanes/VelnorCorvane.pref
 OwnedText readIni(const char* installPath) {
     char path[kPathSize];
     struct stat entry {};
-    if (!velnor::formatPath(path, "%s/client.ini", installPath) || stat(path, &entry) != 0) {
+    if (!velnor::formatPath(path, "%s/client.ini", installPath) || stat(path, &entry) != 0 ||
+        !S_ISREG(entry.st_mode)) {
         return {};
     }
     const File file = velnor::openFile(path, "r");
     return file ? velnor::readText(file.get(), static_cast<uint32_t>(entry.st_size)) : OwnedText();
 }
 
-// How many seconds the client has for its farewell.
+// How many times, a second apart, the client is asked whether it has said its farewell.
 int64_t timeoutOf(const char* installPath) {
     const OwnedText ini = readIni(installPath);
     int64_t seconds = 0;
@@ -49,7 +52,7 @@ int64_t timeoutOf(const char* installPath) {
     return named && seconds >= 1 ? seconds : kDefaultTimeout;
 }
 
-// Waits until the client has told its servers, it has gone, or the time is up.
+// Waits until the client has told its servers, it has gone, or it has been asked often enough.
 void awaitFarewell(const char* userAgent, int64_t timeout) {
     OwnedText url;
     if (_vn_snprintf(
@@ -86,7 +89,9 @@ bool removeClient(const char* installPath, bool keepIdentity) {
     if (!_vn_stop()) return fail(INSTALL_ERROR_STOP);
     _vn_mac_removeStartupItem();
     _vn_recursiveDelete(installPath, keepIdentity);
-    _vn_recursiveDelete(kPreferencePane, false);
+    // With an empty HOME, the shell would find the system's folder under "~".
+    const char* home = std::getenv("HOME");
+    if (home != nullptr && *home != '\0') _vn_recursiveDelete(kPreferencePane, false);
     return true;
 }
 
@@ -98,7 +103,7 @@ bool uninstall(const char* appName, bool keepIdentity) {
     const int32_t others =
         appName != nullptr ? velnor::unregisterApplication(installPath, appName) : 0;
     tellClient(appName != nullptr ? appName : "(force)", others == 0, timeoutOf(installPath));
-    // Once more, because the talk with the client may have left a code of its own.
+    // Set once more: the talk with the client may have left a code of its own.
     if (others == -1) return fail(INSTALL_ERROR_DISK);
     return others > 0 || removeClient(installPath, keepIdentity);
 }
@@ -125,6 +130,7 @@ int32_t vn_uninstall(const char* appName, uint32_t flags) {
         _vn_setLastError(INSTALL_ERROR_INVALIDARGUMENT);
         return -1;
     }
+    _vn_setLastError(INSTALL_ERROR_INTERNAL);
     if (!_vn_uninstall(appName, flags != 0)) return -1;
     _vn_setLastError(INSTALL_ERROR_OK);
     return 0;

@@ -11,8 +11,9 @@ int32_t _vn_uninstall(const char* appName, bool keepIdentity);
 /// Deletes `path` through the shell, which expands a "~" or a pattern in it: for constants only. At
 /// most 1017 characters of it are used.
 ///
-/// With `keepIdentity` the folder at `path` stays as it is. What is deleted then is the content of
-/// "installer.txt" in the current directory, a file or folder "guid.ini" excepted.
+/// With `keepIdentity` the folder at `path` stays as it is. What is deleted then is in the folder
+/// "installer.txt" of the current directory: everything but hidden files and, unless it is in a
+/// folder that goes, a file "guid.ini" (in any letter case).
 ///
 /// Returns the shell's wait status; -1 when no command could be run.
 int32_t _vn_recursiveDelete(const char* path, bool keepIdentity);

@@ -77,6 +77,7 @@ TEST(ClientIni, EveryMandatoryKeyIsMissed) {
     };
     World world;
     const ClientIni complete = world.ini;
+    size_t uploads = 0;
     for (const MissingKey& row : rows) {
         world.ini = complete;
         world.ini.erase(row.key);
@@ -88,6 +89,7 @@ TEST(ClientIni, EveryMandatoryKeyIsMissed) {
         EXPECT_EQ(lastMessage(), std::string("[eror] ") + row.message);
         EXPECT_EQ(installWithoutContext().code, row.plainCode) << row.key;
         EXPECT_FALSE(exists(installed("loader.pl")));
+        EXPECT_EQ(world.uploads().size(), uploads += row.code == 6 ? 0 : 2) << row.key;
     }
 }
 

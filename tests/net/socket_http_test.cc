@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 #include <pthread.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
 #include <sys/time.h>
 #include <unistd.h>
 
@@ -111,7 +113,7 @@ TEST(SocketHttp, EachReplyHasItsOutcome) {
         {replyOfLength("10485761", "a"), std::nullopt, INSTALL_ERROR_INSUFFICIENTMEMORY},
         {replyOfLength("99999999999999999999", "a"), std::nullopt,
          INSTALL_ERROR_INSUFFICIENTMEMORY},
-        {"HTTP/1.0 404 Not Found\r\n\r\nabc", std::nullopt},
+        {"HTTP/1.0 404 Not Found\r\nLocation: http://127.0.0.1:1/\r\n\r\nabc", std::nullopt},
         {"HTTP/1.0 204 No Content\r\n\r\n", std::nullopt},
         {"HTTP/1.0 302 Found\r\n\r\nto nothing", std::nullopt},
         {"HTTP/1.0 302 Found\r\nContent-Length: 0\r\nLocation: http://127.0.0.1:1/\r\n\r\n",
@@ -193,6 +195,14 @@ TEST(SocketHttp, UrlsThatLeadNowhere) {
     }
     EXPECT_EQ(_vn_downloadURL("agent", nullptr, nullptr, nullptr, nullptr), nullptr);
     EXPECT_EQ(_vn_openSocket(nullptr, 80), -1);
+
+    rlimit limit{};
+    getrlimit(RLIMIT_NOFILE, &limit);
+    const rlimit none{0, limit.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &none);
+    EXPECT_EQ(_vn_openSocket("127.0.0.1", 80), -1);
+    EXPECT_EQ(_vn_getLastError(), INSTALL_ERROR_NETWORK + 0U);
+    setrlimit(RLIMIT_NOFILE, &limit);
 }
 
 TEST(HostName, PiecesOfAUrl) {
@@ -261,20 +271,27 @@ TEST(SocketHttp, RequestsThatCannotBeWrittenAreNotSent) {
     const struct {
         const char* agent;
         const char* path;
+        const char* host;
         uint32_t code;
     } rows[] = {
-        {"a", tooLong.c_str(), kUntouched},
-        {"a\r\nX: y", "p", INSTALL_ERROR_INVALIDARGUMENT},
-        {"a", "p\nX: y", INSTALL_ERROR_INVALIDARGUMENT},
-        {nullptr, "p", INSTALL_ERROR_INVALIDARGUMENT},
+        {"a", tooLong.c_str(), "h", kUntouched},
+        {"a\r\nX: y", "p", "h", INSTALL_ERROR_INVALIDARGUMENT},
+        {"a", "p\nX: y", "h", INSTALL_ERROR_INVALIDARGUMENT},
+        {"a", "p", "h\r", INSTALL_ERROR_INVALIDARGUMENT},
+        {nullptr, "p", "h", INSTALL_ERROR_INVALIDARGUMENT},
     };
     for (const auto& row : rows) {
         _vn_setLastError(kUntouched);
-        EXPECT_EQ(
-            _vn_downloadPathFromSocket(row.agent, row.path, "h", socket.get(), nullptr, nullptr),
-            nullptr);
+        EXPECT_EQ(_vn_downloadPathFromSocket(row.agent, row.path, row.host, socket.get(), nullptr,
+                                             nullptr),
+                  nullptr);
         EXPECT_EQ(_vn_getLastError(), row.code);
     }
+    // Nor is what the connection does not take.
+    shutdown(socket.get(), SHUT_WR);
+    _vn_setLastError(kUntouched);
+    EXPECT_EQ(_vn_downloadPathFromSocket("a", "p", "h", socket.get(), nullptr, nullptr), nullptr);
+    EXPECT_EQ(_vn_getLastError(), kUntouched);
 }
 
 TEST(SocketHttp, SignalsDoNotCutAReply) {

@@ -67,6 +67,11 @@ TEST(VnctlUninstall, SaysWhatFailed) {
         "\nvnctl: The client was stopped, but not all of /Applications/Velnor could be deleted.\n"))
         << result.output;
 
+    harness::writeFile("/run/launchd/mode", "noisy");
+    result = uninstall("");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.output.find("agent could not be unloaded"), std::string::npos);
+
     std::filesystem::create_directory(installed("appregistry.dat"));
     result = uninstall("");
     EXPECT_EQ(result.status, 1);

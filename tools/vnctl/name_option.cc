@@ -6,11 +6,17 @@
 namespace vnctl {
 namespace {
 
+// The client cannot be told of a name that fills its whole request.
+constexpr size_t kLongestName = 800;
+
 std::string checkName(const std::string& name) {
     const bool plain =
         std::all_of(name.begin(), name.end(), [](char c) { return c >= ' ' && c <= '~'; });
     // The name is a line of the registry and a part of the user agent.
-    return plain && !name.empty() ? "" : "The name must be one or more printable ASCII characters.";
+    return plain && !name.empty() && name.size() <= kLongestName
+               ? ""
+               : "The name must be 1 to " + std::to_string(kLongestName) +
+                     " printable ASCII characters.";
 }
 
 }  // namespace

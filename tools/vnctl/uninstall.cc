@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 
+#include "detect/euc_utils.h"
 #include "support/paths.h"
 #include "velnor/capi.h"
 #include "vnctl/commands.h"
@@ -26,15 +27,18 @@ std::string installPath() {
     return path.data();
 }
 
-// What is on the disk, because vn_uninstall does not tell what it found and left.
+// What vn_uninstall finds and leaves, because it does not tell.
 struct Installation {
+    bool isLoaded = false;  // the client's launch agent
     bool exists = false;
     size_t applications = 0;  // lines of the registry: a blank one keeps the client too
 };
 
 Installation look() {
     std::error_code unreadable;
-    Installation found{.exists = std::filesystem::exists(installPath(), unreadable)};
+    std::string whyNot;
+    Installation found{.isLoaded = EUCUtils::isClientRunning(whyNot),
+                       .exists = std::filesystem::exists(installPath(), unreadable)};
     std::ifstream registry(installPath() + "/appregistry.dat");
     for (std::string line; std::getline(registry, line);) ++found.applications;
     return found;
@@ -50,6 +54,8 @@ int sayOutcome(const Options& options, const Installation& before, const Install
         const bool hasLeft = after.applications < before.applications;
         std::cout << options.name << (hasLeft ? " has left." : " was not registered.")
                   << " The client stays for the applications that are registered." << std::endl;
+    } else if (after.isLoaded) {
+        return fail("The client's launch agent could not be unloaded; the client may still run.");
     } else if (!before.exists) {
         std::cout << "Nothing was installed in " << installPath() << '.' << std::endl;
     } else if (!after.exists) {
