@@ -41,32 +41,24 @@ TEST(ResultCodes, NumbersAreFixed) {
     EXPECT_STREQ(vn_errorToString(4294967295U), "Unknown Error");
 }
 
-TEST(FileStatus, EveryKeywordLeadsToItsValueAndTextInAnyLetterCase) {
-    const struct {
-        const char* keyword;
-        int32_t value;
-        const char* text;
-    } rows[] = {
-        {"SEARCHING", 1, "Searching"},
-        {"waiting", 2, "Waiting"},
-        {"Downloading", 3, "Downloading"},
-        {"PAUSED", 4, "Paused"},
-        {"complete", 5, "Complete"},
-        {"InsufficientDiskSpace", 6, "Insufficient Disk Space"},
-        {"DISCONNECTED", 7, "Disconnected"},
-        {"NOTFOUND", 8, "Not Found"},
-        {"MOVING", 9, "Moving"},
-        {"FORBIDDEN", 10, "Forbidden"},
-    };
-    for (const auto& row : rows) {
+TEST(FileStatus, KeywordsLeadToTheirValuesInAnyLetterCase) {
+    const std::pair<const char*, int32_t> rows[] = {
+        {"SEARCHING", 1}, {"InsufficientDiskSpace", 6}, {"moving", 9}};
+    for (const auto& [keyword, value] : rows) {
         int32_t status = 0;
-        EXPECT_TRUE(_vn_fileStatusFromKeyword(row.keyword, &status)) << row.keyword;
-        EXPECT_EQ(status, row.value) << row.keyword;
-        EXPECT_STREQ(vn_fileStatusToString(status), row.text);
+        EXPECT_TRUE(_vn_fileStatusFromKeyword(keyword, &status)) << keyword;
+        EXPECT_EQ(status, value) << keyword;
     }
-    for (const int32_t unknown : {-1, 0, 11}) {
-        EXPECT_STREQ(vn_fileStatusToString(unknown), "Unknown State");
+}
+
+TEST(FileStatus, NumbersAreFixed) {
+    std::string texts;
+    for (int32_t status = 0; status <= 11; ++status) {
+        texts += vn_fileStatusToString(status) + std::string(".");
     }
+    EXPECT_EQ(texts,
+              "Unknown State.Searching.Waiting.Downloading.Paused.Complete.Insufficient Disk Space."
+              "Disconnected.Not Found.Moving.Forbidden.Unknown State.");
 }
 
 TEST(FileStatus, UnknownKeywordLeavesTheStatus) {

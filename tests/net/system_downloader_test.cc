@@ -64,7 +64,6 @@ TEST(Download, EncodedBodies) {
     } rows[] = {
         {"gzip", "gzip", packed, text, 99},
         {"exactly one step", "gzip", gzip(step), step, 99},
-        {"a byte less", "gzip", gzip(step.substr(1)), step.substr(1), 99},
         {"a byte more", "gzip", gzip(step + "x"), step + "x", 99},
         {"nothing inside", "gzip", tiny, "", 99},
         {"followed by more", "gzip", packed + "garbage", text, 99},
@@ -73,7 +72,6 @@ TEST(Download, EncodedBodies) {
         {"10 bytes", "gzip", packed.substr(0, 10), std::nullopt, 1},
         {"empty", "gzip", "", std::nullopt, 1},
         {"11 bytes", "gzip", packed.substr(0, 11), std::nullopt, 99},
-        {"truncated", "gzip", packed.substr(0, packed.size() - 9), std::nullopt, 99},
         {"without its check sum", "gzip", packed.substr(0, packed.size() - 1), std::nullopt, 99},
         {"no gzip at all", "gzip", pattern(50), std::nullopt, 99},
         {"flipped", "gzip", packed.substr(0, packed.size() - 8) + "12345678", std::nullopt, 99},

@@ -1,5 +1,5 @@
-// The rehearsal itself: nobody outside can be reached, and its folders, hosts, certificates and
-// stand-in client are the ones that the product will meet.
+// The rehearsal itself: nobody outside can be reached, its folders, hosts and servers are the ones
+// that the product will meet, and its stand-in client misbehaves on demand.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -7,8 +7,6 @@
 
 #include "harness/files.h"
 #include "harness/shell.h"
-#include "sandbox/servers/file_server.h"
-#include "sandbox/servers/tls_files.h"
 #include "velnor_deployment.h"
 
 namespace {
@@ -36,9 +34,6 @@ class World {
     }
     ~World() { run("kill $(cat /tmp/world)"); }
 };
-
-/// What curl exits with for `url`: 0, or 60 for a certificate that it does not accept.
-int statusOfCurl(const std::string& url) { return run("curl -s -o /dev/null " + url).status; }
 
 TEST(Sandbox, HasNoNetworkButLoopback) {
     EXPECT_EQ(run("tail -n +3 /proc/net/dev | cut -d: -f1 | tr -d ' '").output, "lo\n");
@@ -90,57 +85,34 @@ TEST(World, KeepsLogsUnderPlainNamesOnly) {
               std::string::npos);
 }
 
-TEST(Certificates, OnlyTheServersOwnIsAccepted) {
-    for (const auto& [name, expected] :
-         {std::pair{"server", 0}, {"untrusted", 60}, {"expired", 60}, {"wrong-host", 60}}) {
-        sandbox::FileServer server(0, sandbox::tlsFiles(name));
-        server.serve("/", "hello");
-        const std::string url = "https://" + kName + ":" + std::to_string(server.port()) + "/";
-        EXPECT_EQ(statusOfCurl(url), expected) << name;
-    }
-}
-
 /// What the stand-in client replies to a function of its interface, as curl's status or the body.
 harness::CommandResult ask(const std::string& function) {
-    return run("curl -s -m 1 -A 'Some App' 'http://127.0.0.1:9421/api?cid=1&function=" + function +
-               "'");
+    return run("curl -s -m 1 'http://127.0.0.1:9421/api?function=" + function + "'");
 }
 
-void startClient() {
-    run("'" SANDBOX_FOLDER "/standin_client' </dev/null >/tmp/heard 2>&1 & echo $! > /tmp/client");
-    EXPECT_TRUE(eventually([] { return ask("ping").output.find("pong") != std::string::npos; }));
-}
+void setMode(const std::string& mode) { harness::writeFile("/tmp/standin_client.mode", mode); }
 
-TEST(StandinClient, AnswersPingAndItsModes) {
-    startClient();
-    EXPECT_EQ(run("curl -s -o /dev/null -w '%{http_code}' http://127.0.0.1:9421/").output, "404");
-    harness::writeFile("/tmp/standin_client.mode", "garbage");
-    EXPECT_EQ(ask("ping").output.find("pong"), std::string::npos);
-    harness::writeFile("/tmp/standin_client.mode", "mute");
-    EXPECT_EQ(ask("ping").status, 28);
-    run("kill $(cat /tmp/client)");
-    EXPECT_TRUE(eventually([] { return ask("ping").status == 7; }));
-    harness::writeFile("/tmp/standin_client.mode", "refuse");
-    EXPECT_EQ(run("'" SANDBOX_FOLDER "/standin_client' 2>/dev/null").status, 1);
-}
-
-TEST(StandinClient, TellsItsServersThatAnApplicationLeaves) {
+TEST(StandinClient, MisbehavesAsItsModeSays) {
+    const auto answers = [] { return ask("ping").output == R"({"result":"pong"})"; };
     const auto serversKnow = [] {
-        return ask("getClientAttributes").output.find("\"uninstallMsgSent\":true") !=
+        return ask("getClientAttributes").output.find(R"("uninstallMsgSent":true)") !=
                std::string::npos;
     };
-    startClient();
-    for (int leaving = 0; leaving < 2; ++leaving) {
-        ask("uninstall");
-        EXPECT_FALSE(serversKnow());
-        EXPECT_TRUE(eventually(serversKnow));
-    }
-    harness::writeFile("/tmp/standin_client.mode", "unacknowledged");
+    run("'" SANDBOX_FOLDER "/standin_client' </dev/null >/dev/null 2>&1 & echo $! > /tmp/client");
+    EXPECT_TRUE(eventually(answers));
+    EXPECT_FALSE(serversKnow()) << "nobody has left";
+    ask("uninstall");
+    EXPECT_TRUE(eventually(serversKnow));
+    setMode("unacknowledged");
     EXPECT_FALSE(serversKnow());
-    EXPECT_TRUE(harness::readFile("/tmp/heard")
-                    .starts_with("Some App\t/api?cid=1&function=uninstall\t{\"result\":null}\n"))
-        << "the pings before it are not noted";
+    setMode("garbage");
+    EXPECT_FALSE(answers());
+    setMode("mute");
+    EXPECT_EQ(ask("ping").status, 28) << "a time-out";
     run("kill $(cat /tmp/client)");
+    EXPECT_TRUE(eventually([] { return ask("ping").status == 7; }));
+    setMode("refuse");
+    EXPECT_EQ(run("'" SANDBOX_FOLDER "/standin_client' 2>/dev/null").status, 1);
 }
 
 }  // namespace

@@ -35,15 +35,6 @@ TEST(WriteFile, CountsAsDoneOnlyWhenTheDiskTookIt) {
     }
 }
 
-TEST(WriteFile, TheModeDecidesBetweenReplacingAndAppending) {
-    EXPECT_EQ(_vn_writeFile("/tmp/f", "ab", 2, "wb"), 1);
-    EXPECT_EQ(_vn_writeFile("/tmp/f", "cd", 2, "ab"), 1);
-    EXPECT_EQ(_vn_writeFile("/tmp/f", "", 0, "a"), 1);
-    EXPECT_EQ(harness::readFile("/tmp/f"), "abcd");
-    EXPECT_EQ(_vn_writeFile("/tmp/f", "e", 1, "wb"), 1);
-    EXPECT_EQ(harness::readFile("/tmp/f"), "e");
-}
-
 TEST(ReadFile, ReadsUpToTheGivenSize) {
     harness::writeFile("/tmp/f", "abcdef");
     harness::writeFile("/tmp/empty", "");

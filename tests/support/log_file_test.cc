@@ -53,25 +53,16 @@ TEST_F(LogFile, LongAndEmptyMessagesAreWrittenWhole) {
 }
 
 TEST_F(LogFile, MissingTextsAreRefused) {
-    const struct {
-        const char* logName;
-        const char* source;
-        const char* function;
-        const char* format;
-    } rows[] = {
-        {nullptr, "s", "f", "x"},          {"", "s", "f", "x"},
-        {kLogFileName, nullptr, "f", "x"}, {kLogFileName, "", "f", "x"},
-        {kLogFileName, "s", nullptr, "x"}, {kLogFileName, "s", "", "x"},
-        {kLogFileName, "s", "f", nullptr}, {kLogFileName, "s", "f", ""},
-    };
-    for (const auto& row : rows) {
+    for (size_t i = 0; i < 8; ++i) {
+        const char* texts[] = {kLogFileName, "s", "f", "x"};
+        texts[i / 2] = i % 2 == 0 ? nullptr : "";
         _vn_setLastError(0);
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-security"
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
-        _vn_writeToLogFile(row.logName, row.source, row.function, 1, 0, row.format);
+        _vn_writeToLogFile(texts[0], texts[1], texts[2], 1, 0, texts[3]);
 #pragma GCC diagnostic pop
-        EXPECT_EQ(_vn_getLastError(), INSTALL_ERROR_INVALIDARGUMENT + 0U);
+        EXPECT_EQ(_vn_getLastError(), INSTALL_ERROR_INVALIDARGUMENT + 0U) << i;
     }
     EXPECT_EQ(log(), "");
 }
