@@ -7,38 +7,37 @@
 #include <cstring>
 
 namespace bench {
-namespace {
 
-struct Block {
-    char* bytes = nullptr;
-    size_t size = 0;
-};
-
-size_t append(char* bytes, size_t, size_t size, void* target) {
-    auto* block = static_cast<Block*>(target);
-    auto* grown = static_cast<char*>(std::realloc(block->bytes, block->size + size + 1));
-    if (grown == nullptr) return 0;
-    block->bytes = grown;
-    std::memcpy(block->bytes + block->size, bytes, size);
-    block->size += size;
-    block->bytes[block->size] = '\0';
-    return size;
+CurlPeer::CurlPeer(const char* url, bool gzip) : easy_(curl_easy_init()) {
+    curl_easy_setopt(easy_, CURLOPT_URL, url);
+    curl_easy_setopt(easy_, CURLOPT_USERAGENT, "bench");
+    curl_easy_setopt(easy_, CURLOPT_WRITEFUNCTION, append);
+    curl_easy_setopt(easy_, CURLOPT_WRITEDATA, this);
+    curl_easy_setopt(easy_, CURLOPT_FOLLOWLOCATION, 1L);
+    // As in any program with threads; it also saves system calls.
+    curl_easy_setopt(easy_, CURLOPT_NOSIGNAL, 1L);
+    if (gzip) curl_easy_setopt(easy_, CURLOPT_ACCEPT_ENCODING, "gzip");
 }
 
-}  // namespace
+CurlPeer::~CurlPeer() {
+    curl_easy_cleanup(easy_);
+    std::free(body_);
+}
 
-size_t fetchWithCurl(const char* url, bool gzip) {
-    CURL* easy = curl_easy_init();
-    Block block;
-    curl_easy_setopt(easy, CURLOPT_URL, url);
-    curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, append);
-    curl_easy_setopt(easy, CURLOPT_WRITEDATA, &block);
-    curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 1L);
-    if (gzip) curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "gzip");
-    const CURLcode result = curl_easy_perform(easy);
-    curl_easy_cleanup(easy);
-    std::free(block.bytes);
-    return result == CURLE_OK ? block.size : 0;
+bool CurlPeer::fetch() {
+    size_ = 0;
+    return curl_easy_perform(easy_) == CURLE_OK;
+}
+
+size_t CurlPeer::append(char* bytes, size_t, size_t size, void* self) {
+    auto* peer = static_cast<CurlPeer*>(self);
+    auto* grown = static_cast<char*>(std::realloc(peer->body_, peer->size_ + size + 1));
+    if (grown == nullptr) return 0;
+    peer->body_ = grown;
+    std::memcpy(grown + peer->size_, bytes, size);
+    peer->size_ += size;
+    grown[peer->size_] = '\0';
+    return size;
 }
 
 }  // namespace bench

@@ -11,6 +11,11 @@
 namespace bench {
 namespace {
 
+size_t fetchWithCurl(const char* url, bool gzip) {
+    CurlPeer peer(url, gzip);
+    return peer.fetch() ? peer.size() : 0;
+}
+
 size_t fetchWithEngine(const char* url) {
     uint32_t size = 0;
     char* body = _vn_downloadVelnorURL("bench", url, &size, nullptr, 0, 0);

@@ -1,20 +1,49 @@
-// Fetches one URL and ends, so that the peak memory of the process is the peak of the download.
-//   velnor_bench_fetch engine|libcurl URL plain|gzip
+// Fetches one URL in a process of its own, and prints by how many KiB its peak memory has grown
+// since it started.
+//   velnor_bench_fetch engine|socket|libcurl URL SIZE
+// "libcurl" is there to be compared with by hand.
 #include <cstdio>
-#include <cstring>
+#include <cstdlib>
+#include <fstream>
+#include <string>
 
 #include "curl_peer.h"
+#include "net/socket_http.h"
 #include "net/system_downloader.h"
-#include "support/memory.h"
+#include "support/owned.h"
+
+namespace {
+
+// The system's own count. That of getrusage(2) begins with what the parent process had.
+long peakKiB() {
+    std::ifstream status("/proc/self/status");
+    std::string word;
+    while (status >> word && word != "VmHWM:") {
+    }
+    long peak = 0;
+    status >> peak;
+    return peak;
+}
+
+// The size of what came, 0 on failure.
+size_t fetch(const std::string& client, const char* url) {
+    if (client == "libcurl") {
+        bench::CurlPeer peer(url, true);
+        return peer.fetch() ? peer.size() : 0;
+    }
+    uint32_t size = 0;
+    const velnor::OwnedText body(client == "socket"
+                                     ? _vn_downloadURL("bench", url, nullptr, &size, nullptr)
+                                     : _vn_downloadVelnorURL("bench", url, &size, nullptr, 0, 0));
+    return body ? size : 0;
+}
+
+}  // namespace
 
 int main(int argc, char** argv) {
     if (argc != 4) return 2;
-    if (std::strcmp(argv[1], "libcurl") == 0) {
-        return bench::fetchWithCurl(argv[2], std::strcmp(argv[3], "gzip") == 0) > 0 ? 0 : 1;
-    }
-    uint32_t size = 0;
-    char* body = _vn_downloadVelnorURL("bench", argv[2], &size, nullptr, 0, 0);
-    const bool fetched = body != nullptr && size > 0;
-    _vn_free(&body);
-    return fetched ? 0 : 1;
+    const long start = peakKiB();
+    if (fetch(argv[1], argv[2]) != std::strtoul(argv[3], nullptr, 10)) return 1;
+    std::printf("%ld\n", peakKiB() - start);
+    return start > 0 ? 0 : 1;
 }

@@ -5,6 +5,7 @@
 namespace bench {
 
 void addDownloads();
+void addSocketHttp();
 void addMemory();
 void addInstallation();
 void addLogLine();

@@ -50,7 +50,7 @@ std::string ini() {
     const auto signature = [](const char* name) {
         return harness::readFile(std::string("/tmp/release/") + name + ".sig");
     };
-    return "LogfileUploadURL=http://log.velnor.example/put/\n"
+    return "LogfileUploadURL=http://log.velnor.example:8445/logs/\n"
            "MacOSClientURL=" +
            contentUrl("ksmac_1") + "\nMacOSClientSig=" + signature("ksmac_1") +
            "\nMacOSUIToolURL=" + contentUrl("ui.tgz") + "\nMacOSUIToolSig=" + signature("ui.tgz") +

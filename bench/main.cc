@@ -22,6 +22,7 @@ int main(int argc, char** argv) {
 
     bench::startServers();
     bench::addDownloads();
+    bench::addSocketHttp();
     bench::addMemory();
     bench::addInstallation();
     bench::addLogLine();

@@ -1,56 +1,61 @@
-// Peak memory of a download, beyond what it cannot do without: the body, and what came over the
-// wire where that is another one. Each in a process of its own; what such a process needs for a
-// small body is taken off.
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
+// Peak memory of a download, each in a process of its own.
 #include <stdexcept>
 #include <string>
 
 #include "comparison.h"
 #include "groups.h"
+#include "harness/shell.h"
 #include "servers.h"
 
 namespace bench {
 namespace {
 
-// Peak resident memory in bytes of one fetch.
-size_t peakOf(const std::string& url, bool gzip) {
-    const pid_t child = fork();
-    if (child == 0) {
-        execl(FETCH_ONCE, FETCH_ONCE, "engine", url.c_str(), gzip ? "gzip" : "plain", nullptr);
-        _exit(127);
-    }
-    int status = 0;
-    rusage usage{};
-    if (wait4(child, &status, 0, &usage) != child || status != 0) {
-        throw std::runtime_error("the fetch failed");
-    }
-    return static_cast<size_t>(usage.ru_maxrss) * kKiB;
+// How many bytes the peak grows by one fetch.
+double growthBy(const std::string& client, const std::string& url, size_t size) {
+    const auto fetch =
+        harness::run("'" FETCH_ONCE "' " + client + " '" + url + "' " + std::to_string(size));
+    if (fetch.status != 0) throw std::runtime_error("the fetch failed");
+    return std::stod(fetch.output) * double(kKiB);
 }
 
-void addPeak(size_t size, bool https, bool gzip) {
+// Beyond what a download cannot do without: the body, and what came over the wire where that is
+// another one. What a process needs for a small body is taken off.
+void addEngine(size_t size, bool https, bool gzip) {
     measureMiB(
         std::string("memory beyond the body, ") + (https ? "https" : "http") +
             (gzip ? " gzip " : " plain ") + std::to_string(size / kMiB) + " MiB",
         [=](benchmark::State& state) {
             for (auto _ : state) {
-                const size_t base = peakOf(urlOf(kKiB, https, gzip), gzip);
-                const size_t peak = peakOf(urlOf(size, https, gzip), gzip);
+                const double base = growthBy("engine", urlOf(kKiB, https, gzip), kKiB);
+                const double growth = growthBy("engine", urlOf(size, https, gzip), size);
                 const size_t needed = size + (gzip ? bytesOnTheWire(size, gzip) : 0);
-                state.counters["value"] =
-                    (double(peak) - double(base) - double(needed)) / double(kMiB);
+                state.counters["value"] = (growth - base - double(needed)) / double(kMiB);
             }
         },
         4.0);
 }
 
+// All of it, since the start of the process. A body whose length nobody has announced may take
+// twice its size, and 2 MiB.
+void addSocket(size_t size) {
+    const double mib = double(size) / double(kMiB);
+    measureMiB(
+        "memory, plain HTTP client, until closed " + std::to_string(size / kMiB) + " MiB",
+        [size](benchmark::State& state) {
+            for (auto _ : state) {
+                state.counters["value"] =
+                    growthBy("socket", leanUrl(leanPath(size, End::Close)), size) / double(kMiB);
+            }
+        },
+        2 * mib + 2);
+}
+
 }  // namespace
 
 void addMemory() {
-    for (const bool gzip : {false, true}) addPeak(256 * kMiB, false, gzip);
-    addPeak(256 * kMiB, true, false);
+    for (const bool gzip : {false, true}) addEngine(256 * kMiB, false, gzip);
+    addEngine(256 * kMiB, true, false);
+    for (const size_t size : {10 * kMiB, 64 * kMiB}) addSocket(size);
 }
 
 }  // namespace bench

@@ -1,5 +1,5 @@
-// One HTTP and one HTTPS server in a child process, so that their memory and their work are not the
-// measured process's.
+// An HTTP, an HTTPS and a lean server in a child process, so that their memory and their work are
+// not the measured process's.
 #include "servers.h"
 
 #include <signal.h>
@@ -7,10 +7,12 @@
 #include <sys/prctl.h>
 #include <unistd.h>
 
-#include <map>
+#include <atomic>
 #include <stdexcept>
+#include <vector>
 
 #include "harness/gzip.h"
+#include "lean_server.h"
 #include "sandbox/servers/file_server.h"
 #include "sandbox/servers/tls_files.h"
 
@@ -21,6 +23,8 @@ namespace {
 struct Shared {
     int httpPort;
     int httpsPort;
+    int leanPort;
+    std::atomic<int> leanConnections;
     size_t gzipSizes[std::size(kSizes)];
 };
 Shared* g_shared = nullptr;
@@ -36,6 +40,23 @@ void serve(sandbox::FileServer& server, const std::string& path, const sandbox::
     server.serve(path, reply);
 }
 
+ReadyReply readyReply(const std::string& path, const std::string& body, End end) {
+    std::string bytes = "HTTP/1.1 200 OK\r\nContent-Type: application/json\r\n";
+    bytes += end == End::Length ? "Content-Length: " + std::to_string(body.size()) +
+                                      "\r\nConnection: keep-alive\r\n\r\n"
+                                : "Connection: close\r\n\r\n";
+    return {"/" + path, bytes + body, end == End::Close};
+}
+
+std::vector<ReadyReply> leanReplies() {
+    std::vector<ReadyReply> replies{readyReply(kJsonPath, jsonReply(), End::Length)};
+    for (const auto& [size, end] :
+         {std::pair{10 * kMiB, End::Length}, {10 * kMiB, End::Close}, {64 * kMiB, End::Close}}) {
+        replies.push_back(readyReply(leanPath(size, end), bodyOf(size), end));
+    }
+    return replies;
+}
+
 [[noreturn]] void runServers(int ready) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     sandbox::FileServer http;
@@ -49,6 +70,7 @@ void serve(sandbox::FileServer& server, const std::string& path, const sandbox::
             serve(*server, pathOf(kSizes[i], true), gzip, true);
         }
     }
+    g_shared->leanPort = startLeanServer(leanReplies(), g_shared->leanConnections);
     g_shared->httpPort = http.port();
     g_shared->httpsPort = https.port();
     if (write(ready, "1", 1) != 1) _exit(1);
@@ -92,6 +114,31 @@ size_t bytesOnTheWire(size_t size, bool gzip) {
         if (kSizes[i] == size) return g_shared->gzipSizes[i];
     }
     return size;
+}
+
+int leanPort() { return g_shared->leanPort; }
+
+int leanConnections() { return g_shared->leanConnections; }
+
+const std::string& jsonReply() {
+    static const std::string reply = [] {
+        std::string json = "{\"result\":{\"version\":\"1.6.5\",\"downloads\":[";
+        for (const char* name : {"first", "second", "third"}) {
+            json += std::string("{\"name\":\"") + name +
+                    "\",\"path\":\"/Users/somebody/Downloads/archive.zip\",\"percentage\":42},";
+        }
+        json.back() = ']';
+        return json + "}}";
+    }();
+    return reply;
+}
+
+std::string leanPath(size_t size, End end) {
+    return (end == End::Length ? "with-length/" : "until-closed/") + std::to_string(size);
+}
+
+std::string leanUrl(const std::string& path) {
+    return "http://127.0.0.1:" + std::to_string(g_shared->leanPort) + "/" + path;
 }
 
 }  // namespace bench

@@ -5,11 +5,13 @@
 #include <netdb.h>
 #include <netinet/in.h>
 #include <poll.h>
+#include <sched.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <memory>
 
 #include "api/last_error.h"
@@ -18,6 +20,8 @@
 namespace {
 
 constexpr int32_t kMaxPort = 65535;
+// A program on this machine answers within this time, and waking a sleeper would take longer.
+constexpr std::chrono::microseconds kAwake{50};
 
 struct AddressListDeleter {
     void operator()(addrinfo* list) const { freeaddrinfo(list); }
@@ -53,6 +57,27 @@ bool connectTo(int fd, addrinfo* host, int32_t port) {
     return errno == EINTR && awaitConnection(fd);
 }
 
+ssize_t receive(int fd, void* buffer, uint32_t size) {
+    ssize_t count = 0;
+    do {
+        count = recv(fd, buffer, size, 0);
+    } while (count == -1 && errno == EINTR);
+    return count;
+}
+
+// Looks again and again for a moment, and leaves the processor to the peer between two looks. Fails
+// with EAGAIN when nothing has come.
+ssize_t receiveAwake(int fd, void* buffer, uint32_t size) {
+    using Clock = std::chrono::steady_clock;
+    const Clock::time_point end = Clock::now() + kAwake;
+    ssize_t count = 0;
+    while ((count = recv(fd, buffer, size, MSG_DONTWAIT)) == -1 && errno == EAGAIN &&
+           Clock::now() < end) {
+        sched_yield();
+    }
+    return count;
+}
+
 }  // namespace
 
 velnor::Socket::~Socket() {
@@ -80,19 +105,17 @@ void velnor::limitWaits(int32_t socket, int32_t seconds) {
     setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
 }
 
-int64_t velnor::receive(int32_t socket, void* buffer, uint32_t size) {
-    ssize_t count = 0;
-    do {
-        count = recv(socket, buffer, size, 0);
-    } while (count == -1 && errno == EINTR);
-    return count;
+int64_t velnor::receiveAnswer(int32_t socket, void* buffer, uint32_t size) {
+    const ssize_t count = receiveAwake(socket, buffer, size);
+    const bool isOpen = count == -1 && (errno == EAGAIN || errno == EINTR);
+    return isOpen ? receive(socket, buffer, size) : count;
 }
 
 uint32_t _vn_recvUpToSize(int32_t socket, void* buffer, uint32_t size) {
     auto* bytes = static_cast<char*>(buffer);
     uint32_t received = 0;
     while (received < size) {
-        const int64_t count = velnor::receive(socket, bytes + received, size - received);
+        const ssize_t count = receive(socket, bytes + received, size - received);
         if (count < 1) break;
         received += static_cast<uint32_t>(count);
     }

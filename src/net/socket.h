@@ -20,8 +20,9 @@ namespace velnor {
 void limitWaits(int32_t socket, int32_t seconds);
 
 /// Receives what is there, waiting for the first byte; at most `size` bytes. Returns their number,
-/// 0 when the peer has closed, -1 on failure.
-int64_t receive(int32_t socket, void* buffer, uint32_t size);
+/// 0 when the peer has closed, -1 on failure. For the beginning of an answer: stays awake for up to
+/// 50 microseconds before it sleeps.
+int64_t receiveAnswer(int32_t socket, void* buffer, uint32_t size);
 
 /// Sends all of it, without SIGPIPE when the peer has gone. False when it could not be sent whole.
 bool sendAll(int32_t socket, const void* bytes, uint32_t size);

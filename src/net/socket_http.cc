@@ -74,7 +74,7 @@ bool receiveHead(int32_t socket, Head* head) {
     const char* end = nullptr;
     while ((end = std::strstr(head->text, kBlankLine)) == nullptr && head->size < kHeadSize) {
         const int64_t count =
-            velnor::receive(socket, head->text + head->size, kHeadSize - head->size);
+            velnor::receiveAnswer(socket, head->text + head->size, kHeadSize - head->size);
         if (count < 1) break;
         head->size += static_cast<uint32_t>(count);
     }
