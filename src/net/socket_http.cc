@@ -111,8 +111,8 @@ bool receiveUntilClosed(int32_t socket, const Head& head, Reply* reply) {
 }
 
 bool receiveLength(int32_t socket, const Head& head, int64_t announced, Reply* reply) {
-    // The memory code for every length that is not accepted, 0 included, deliberately: the client
-    // announces none of them, and the API's callers know this code for "too large".
+    // The memory code for every length that is not accepted, 0 included, deliberately: it is the
+    // API's code for a reply that cannot be held.
     if (announced < 1 || announced > kMaxLength) return fail(INSTALL_ERROR_INSUFFICIENTMEMORY);
     const auto length = static_cast<uint32_t>(announced);
     const uint32_t present = std::min(head.bodySize(), length);
