@@ -2,6 +2,7 @@
 #   PRESET=debug|sanitizers   another build than release (CMakePresets.json)
 #   WERROR=ON                 compiler warnings are errors
 #   CMAKE_ARGS=-D...          more settings for the build, such as a deployment's
+#   FAIL=KIND                 "make run" fails: network, verification, disk, start, noanswer
 SHELL := /bin/bash
 .SHELLFLAGS := -o pipefail -ec
 PRESET ?= release
@@ -24,7 +25,7 @@ clang_tidy_findings = sed -E -e '/^clang-tidy|warnings? generated\.$$/d' -e 's/\
 	lint-format lint-c99 lint-shell lint-cppcheck lint-tidy
 
 help:
-	@echo 'make run       install the client in a rehearsal world, and show what happened'
+	@echo 'make run       let the installer install in a rehearsal world, and show what happened'
 	@echo 'make rehearse  let two applications install it and leave again, and check every step'
 	@echo 'make test      build and run the tests'
 	@echo 'make bench     build and run the benchmarks'
@@ -45,10 +46,11 @@ build: configure
 	@cmake --build --preset $(PRESET) --parallel $(jobs)
 
 rehearsal: configure
-	@cmake --build --preset $(PRESET) --parallel $(jobs) --target sandbox_world vnctl vn-publish
+	@cmake --build --preset $(PRESET) --parallel $(jobs) --target sandbox_world installer vnctl \
+		vn-publish
 
 run: rehearsal
-	@sandbox/rehearse --keep $(build) install
+	@sandbox/rehearse --keep --screen $(if $(FAIL),--fail $(FAIL)) $(build) install
 
 rehearse: rehearsal
 	@sandbox/rehearse $(build) lifetime

@@ -1,0 +1,23 @@
+// The installer's one object: delegate of the application, owner of the window with its progress
+// bar, and of the thread that installs.
+#ifndef VELNOR_APP_INSTALLER_CONTROLLER_H
+#define VELNOR_APP_INSTALLER_CONTROLLER_H
+
+#import <AppKit/AppKit.h>
+
+#include <cstdint>
+
+@interface InstallerController : NSResponder {
+    NSProgressIndicator* progressIndicator;
+}
+
+/// The one instance. The first call creates it, which starts the installation on a thread of its
+/// own; that call is the main thread's.
++ (InstallerController*)getGlobalInstance;
+
+/// Shows `percentage` in the bar, or as soon as there is a bar. Any thread may call it.
+- (void)setProgress:(int32_t)percentage;
+
+@end
+
+#endif

@@ -1,0 +1,180 @@
+// The window, the worker thread and the alert.
+#import "app/installer_controller.h"
+
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <cstring>
+
+#include "app/failure_message.h"
+#include "support/memory.h"
+#include "support/owned.h"
+#include "velnor/capi.h"
+
+namespace {
+
+constexpr char kApplicationName[] = "Velnor";
+
+InstallerController* g_instance = nil;
+
+// The latest percentage; the bar may come later, or be too busy to show each one.
+std::atomic<int32_t> g_progress{0};
+
+// An alert that came before the window would stand in the way of the launch that makes the window.
+std::atomic<bool> g_hasLaunched{false};
+
+// One thread ends the process while the other one draws or installs. Destructors of static objects,
+// the toolkit's among them, would pull the ground from under it, so none run.
+[[noreturn]] void endProcess() { _exit(EXIT_SUCCESS); }
+
+void onProgress(uint32_t percentage, uint32_t /*reserved*/) {
+    [[InstallerController getGlobalInstance] setProgress:static_cast<int32_t>(percentage)];
+}
+
+// Empty when the string tables have no text of their own for the key.
+NSString* localized(NSString* key) {
+    NSString* text = [[NSBundle mainBundle] localizedStringForKey:key value:@"" table:nil];
+    // A key that is in no table comes back as it is.
+    return [text isEqualToString:key] ? @"" : text;
+}
+
+const char* localizedText(const char* key) {
+    return [localized([NSString stringWithUTF8String:key]) UTF8String];
+}
+
+velnor::OwnedText makeDetailBuffer() {
+    velnor::OwnedText buffer(static_cast<char*>(_vn_malloc(VN_ERROR_DETAIL_SIZE)));
+    if (buffer) std::memset(buffer.get(), 0, VN_ERROR_DETAIL_SIZE);
+    return buffer;
+}
+
+struct Failure {
+    uint32_t code;
+    const char* detail;  // null when there is none
+};
+
+}  // namespace
+
+/// A window that can be closed while the alert is up.
+@interface InstallerWindow : NSWindow
+@end
+
+@implementation InstallerWindow
+
+- (BOOL)worksWhenModal {
+    return YES;
+}
+
+@end
+
+@interface InstallerController (Steps)
+- (NSWindow*)makeWindow;
+- (void)showProgress;
+- (void)installClient:(id)unused;
+- (void)removeWhatFailed:(const Failure&)failure;
+- (void)showFailure:(NSValue*)failure;
+@end
+
+@implementation InstallerController
+
++ (InstallerController*)getGlobalInstance {
+    if (g_instance == nil) g_instance = [[self alloc] init];
+    return g_instance;
+}
+
+- (id)init {
+    self = [super init];
+    if (self == nil) return nil;
+    // Known before the worker is, which asks for it perhaps before this method has returned.
+    g_instance = self;
+    [NSThread detachNewThreadSelector:@selector(installClient:) toTarget:self withObject:nil];
+    return self;
+}
+
+- (void)applicationDidFinishLaunching:(NSNotification*)notification {
+    (void)notification;
+    progressIndicator = [[NSProgressIndicator alloc] init];
+    [progressIndicator setStyle:NSProgressIndicatorBarStyle];
+    [progressIndicator setIndeterminate:NO];
+    [self showProgress];
+    [[self makeWindow] makeKeyAndOrderFront:nil];
+    g_hasLaunched = true;
+    g_hasLaunched.notify_one();
+}
+
+- (NSWindow*)makeWindow {
+    const NSRect content = NSMakeRect(0, 0, 300, 14);
+    NSWindow* window = [[InstallerWindow alloc]
+        initWithContentRect:content
+                  styleMask:NSWindowStyleMaskTitled | NSWindowStyleMaskClosable
+                    backing:NSBackingStoreBuffered
+                      defer:YES];
+    [window setDelegate:self];
+    [window setTitle:localized(@"INSTALL_TITLE")];
+    [window center];
+    NSView* view = [[NSView alloc] initWithFrame:content];
+    [view addSubview:progressIndicator];
+    // Beyond the view's edges, where the bar's own border does not show.
+    [progressIndicator setFrame:NSMakeRect(-2, -4, 304, 18)];
+    [window setContentView:view];
+    [view release];
+    return window;
+}
+
+- (void)windowWillClose:(NSNotification*)notification {
+    (void)notification;
+    endProcess();
+}
+
+- (void)setProgress:(int32_t)percentage {
+    g_progress = percentage;
+    // What is on the screen belongs to the main thread.
+    [self performSelectorOnMainThread:@selector(showProgress) withObject:nil waitUntilDone:NO];
+}
+
+- (void)showProgress {
+    [progressIndicator setDoubleValue:g_progress];
+}
+
+- (void)installClient:(id)unused {
+    (void)unused;
+    NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
+    const velnor::OwnedText detail = makeDetailBuffer();
+    InstallContext context{};
+    context.structSize = sizeof context;
+    context.progress = onProgress;
+    context.errorDetail = detail.get();
+    if (vn_install(kApplicationName, 0, nullptr, &context) == 0) {
+        [self setProgress:100];
+        [NSThread sleepForTimeInterval:1.0];
+    } else {
+        const Failure failure{vn_getLastError(), detail.get()};
+        [self removeWhatFailed:failure];
+    }
+    [pool release];
+    endProcess();
+}
+
+- (void)removeWhatFailed:(const Failure&)failure {
+    g_hasLaunched.wait(false);
+    // The pointer is good for as long as this thread waits.
+    [self performSelectorOnMainThread:@selector(showFailure:)
+                           withObject:[NSValue valueWithPointer:&failure]
+                        waitUntilDone:YES];
+    vn_uninstall(kApplicationName, VN_UNINSTALL_KEEP_IDENTITY);
+}
+
+- (void)showFailure:(NSValue*)value {
+    const auto* failure = static_cast<const Failure*>([value pointerValue]);
+    velnor::OwnedText buffer;
+    const char* message =
+        velnor::failureMessage(failure->code, failure->detail, localizedText, buffer);
+    if (message == nullptr) return;
+    NSString* button = localized(@"OK");
+    // The message is an argument, because the panel takes a format.
+    NSRunAlertPanel(localized(@"INSTALL_ERROR_TITLE"), @"%@", [button length] != 0 ? button : @"OK",
+                    nil, nil, [NSString stringWithUTF8String:message]);
+}
+
+@end

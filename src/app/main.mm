@@ -1,0 +1,42 @@
+// The installer's process entry.
+#include <unistd.h>
+
+#include <csignal>
+#include <iostream>
+
+#import "app/installer_controller.h"
+#include "platform/display.h"
+
+namespace {
+
+// Only what the installer shows itself. Other systems have no such settings and ignore them.
+void hideDesktopFurniture() {
+    NSDictionary* settings = [NSDictionary dictionaryWithObject:@"YES" forKey:@"GSSuppressAppIcon"];
+    [[NSUserDefaults standardUserDefaults] registerDefaults:settings];
+}
+
+void runInstaller() {
+    NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
+    hideDesktopFurniture();
+    InstallerController* controller = [InstallerController getGlobalInstance];
+    NSApplication* application = [NSApplication sharedApplication];
+    [application activateIgnoringOtherApps:YES];
+    [application setDelegate:controller];
+    [application run];
+    [pool release];
+}
+
+}  // namespace
+
+int main() {
+    // Asked first, because the controller installs as soon as it exists.
+    if (!velnor::hasDisplay()) {
+        std::cerr << "The installer needs a display and finds none. Nothing was installed.\n";
+        return 0;
+    }
+    velnor::endWithDisplay();
+    std::signal(SIGPIPE, SIG_IGN);
+    // An uninstall deletes in the current directory what has the name of the log.
+    if (chdir("/") == 0) runInstaller();
+    return 0;
+}

@@ -1,0 +1,16 @@
+// The screen that windows are shown on.
+#ifndef VELNOR_PLATFORM_DISPLAY_H
+#define VELNOR_PLATFORM_DISPLAY_H
+
+namespace velnor {
+
+/// Whether the window system that the user works with can be reached.
+bool hasDisplay();
+
+/// From now on the process ends at once, with status 0, when the display goes: the user has logged
+/// out, or a window manager has cut the connection to close a window.
+void endWithDisplay();
+
+}  // namespace velnor
+
+#endif
