@@ -2,7 +2,7 @@
 #   PRESET=debug|sanitizers   another build than release (CMakePresets.json)
 #   WERROR=ON                 compiler warnings are errors
 #   CMAKE_ARGS=-D...          more settings for the build, such as a deployment's
-#   FAIL=KIND                 "make run" fails: network, verification, disk, start, noanswer
+#   FAIL=KIND                 "make run" fails: network, verification, configuration, disk, noanswer
 SHELL := /bin/bash
 .SHELLFLAGS := -o pipefail -ec
 PRESET ?= release
