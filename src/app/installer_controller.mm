@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "app/failure_message.h"
+#include "platform/desktop.h"
 #include "support/memory.h"
 #include "support/owned.h"
 #include "velnor/capi.h"
@@ -94,6 +95,7 @@ struct Failure {
 
 - (void)applicationDidFinishLaunching:(NSNotification*)notification {
     (void)notification;
+    velnor::useFontFor(localizedText("FAILED_TO_INSTALL"));
     progressIndicator = [[NSProgressIndicator alloc] init];
     [progressIndicator setStyle:NSProgressIndicatorBarStyle];
     [progressIndicator setIndeterminate:NO];

@@ -5,19 +5,14 @@
 #include <iostream>
 
 #import "app/installer_controller.h"
+#include "platform/desktop.h"
 #include "platform/display.h"
 
 namespace {
 
-// Only what the installer shows itself. Other systems have no such settings and ignore them.
-void hideDesktopFurniture() {
-    NSDictionary* settings = [NSDictionary dictionaryWithObject:@"YES" forKey:@"GSSuppressAppIcon"];
-    [[NSUserDefaults standardUserDefaults] registerDefaults:settings];
-}
-
 void runInstaller() {
     NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
-    hideDesktopFurniture();
+    velnor::showWindowsAlone();
     InstallerController* controller = [InstallerController getGlobalInstance];
     NSApplication* application = [NSApplication sharedApplication];
     [application activateIgnoringOtherApps:YES];

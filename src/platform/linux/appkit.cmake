@@ -1,4 +1,4 @@
-# AppKit and Foundation as GNUstep has them, and the display that its windows are on.
+# AppKit and Foundation as GNUstep has them, and the desktop that its windows are on.
 find_program(GNUSTEP_CONFIG gnustep-config REQUIRED)
 pkg_check_modules(X11 REQUIRED IMPORTED_TARGET x11)
 
@@ -19,5 +19,5 @@ target_include_directories(velnor_appkit SYSTEM INTERFACE "${headers}")
 target_compile_options(velnor_appkit INTERFACE $<$<COMPILE_LANGUAGE:OBJCXX>:${flags}>)
 target_link_libraries(velnor_appkit INTERFACE gnustep-gui gnustep-base objc)
 
-velnor_room(display SOURCES platform/linux/display_x11.cc)
-target_link_libraries(velnor_display PRIVATE PkgConfig::X11)
+velnor_room(display SOURCES platform/linux/desktop_gnustep.mm platform/linux/display_x11.cc)
+target_link_libraries(velnor_display PRIVATE velnor_appkit PkgConfig::X11)
