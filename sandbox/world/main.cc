@@ -1,5 +1,6 @@
 // The maker's side of the rehearsal: publishes a release folder on the configuration server and the
 // content host that the product was built for, and takes logs in; all on the loopback address.
+#include <chrono>
 #include <csignal>
 #include <fstream>
 #include <iostream>
@@ -7,6 +8,7 @@
 #include <mutex>
 #include <stdexcept>
 #include <string>
+#include <thread>
 
 #include "../servers/file_server.h"
 #include "../servers/log_server.h"
@@ -22,11 +24,13 @@ struct Options {
     std::string ready;
     std::string log;
     std::string logs;
+    std::string delay = "0";
 };
 
 constexpr int kLogPort = 8445;
 constexpr char kUsage[] =
-    "usage: world --release DIR [--tls DIR] [--ready FILE] [--log FILE] [--logs DIR]";
+    "usage: world --release DIR [--tls DIR] [--ready FILE] [--log FILE] [--logs DIR]"
+    " [--delay MILLISECONDS]";
 
 Options parse(int argc, char** argv) {
     Options options;
@@ -36,6 +40,7 @@ Options parse(int argc, char** argv) {
         if (name == "--ready") return options.ready;
         if (name == "--log") return options.log;
         if (name == "--logs") return options.logs;
+        if (name == "--delay") return options.delay;
         throw std::runtime_error(kUsage);
     };
     for (int i = 1; i < argc; i += 2) {
@@ -86,8 +91,11 @@ sigset_t holdStopSignals() {
 void run(const Options& options) {
     const sigset_t signals = holdStopSignals();
     AccessLog log(options.log);
-    const auto observer = [&log](const auto& request, const auto& reply) {
+    const std::chrono::milliseconds delay(std::stoul(options.delay));
+    const auto observer = [&log, delay](const auto& request, const auto& reply) {
         log.write(request, reply);
+        // The reply goes out after this.
+        std::this_thread::sleep_for(delay);
     };
     const sandbox::Release release = sandbox::readRelease(options.release);
     const sandbox::TlsFiles tls = sandbox::tlsFiles("server", options.tls);
