@@ -45,6 +45,10 @@ constexpr std::array<ResultCode, 25> kResultCodes{{
     {nullptr, "File download was reset"},
 }};
 
+static_assert(kResultKeyCount == 22);
+static_assert(kResultCodes[kResultKeyCount - 1].key != nullptr);
+static_assert(kResultCodes[kResultKeyCount].key == nullptr);
+
 }  // namespace
 
 const char* resultKey(uint32_t code) {
