@@ -8,21 +8,6 @@
 
 namespace sandbox {
 
-namespace {
-
-/// Byte by byte, so that a body stays in the socket. Empty when the connection ended before.
-std::string readHead(int fd) {
-    std::string head;
-    char byte = 0;
-    while (!head.ends_with("\r\n\r\n")) {
-        if (recv(fd, &byte, 1, 0) <= 0) return {};
-        head += byte;
-    }
-    return head;
-}
-
-}  // namespace
-
 RawServer::RawServer(Talk talk, int port)
     : talk_(std::move(talk)),
       listener_(listenOnLoopback(port, SOMAXCONN)),
@@ -70,6 +55,17 @@ void RawServer::serve(int fd) {
         talk_(fd, head);
     }
     shutdown(fd, SHUT_RDWR);  // closed by the destructor, so that its number is not used again
+}
+
+// Byte by byte, so that a body stays in the socket.
+std::string readHead(int fd) {
+    std::string head;
+    char byte = 0;
+    while (!head.ends_with("\r\n\r\n")) {
+        if (recv(fd, &byte, 1, 0) <= 0) return {};
+        head += byte;
+    }
+    return head;
 }
 
 bool sendAll(int fd, const std::string& bytes) {

@@ -55,6 +55,10 @@ class RawServer {
     std::thread thread_;
 };
 
+/// What comes up to and including the empty line that ends a head; empty when the other side closes
+/// first. For a further request on the connection.
+std::string readHead(int fd);
+
 /// Writes all of it; false when the other side has gone. Never raises SIGPIPE.
 bool sendAll(int fd, const std::string& bytes);
 

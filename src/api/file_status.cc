@@ -3,6 +3,7 @@
 
 #include <array>
 
+#include "api/letter_case.h"
 #include "velnor/capi.h"
 
 namespace {
@@ -26,19 +27,11 @@ constexpr std::array<Status, 10> kStatuses{{
     {FILE_STATUS_MOVING, "MOVING", "Moving"},
 }};
 
-// ASCII only, whatever the application's locale says of the letter "I".
-char upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
-
-bool isKeyword(const char* text, const char* keyword) {
-    while (*text != '\0' && upper(*text) == *keyword) ++text, ++keyword;
-    return *text == '\0' && *keyword == '\0';
-}
-
 }  // namespace
 
 bool _vn_fileStatusFromKeyword(const char* keyword, int32_t* status) {
     for (const Status& known : kStatuses) {
-        if (!isKeyword(keyword, known.keyword)) continue;
+        if (!velnor::equalIgnoringCase(keyword, known.keyword)) continue;
         *status = known.value;
         return true;
     }

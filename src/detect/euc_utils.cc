@@ -14,10 +14,11 @@
 #include <new>
 #include <utility>
 
+#include "api/client_interface.h"
+
 namespace EUCUtils {
 namespace {
 
-constexpr int kPort = 9421;
 constexpr int kConnectRounds = 100;
 constexpr char kPing[] = "GET /api?function=ping&cid=0 HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n";
 
@@ -80,7 +81,7 @@ bool prepareSocket(int* fd, sockaddr_in* address, std::string& message) {
         return findClientFailed(message, "Couldn't make socket non-blocking.", kPlain, kLeaveOpen);
     }
     address->sin_family = AF_INET;
-    address->sin_port = htons(kPort);
+    address->sin_port = htons(velnor::kClientPort);
     const int parsed = inet_pton(AF_INET, "127.0.0.1", &address->sin_addr);
     if (parsed == 0) return findClientFailed(message, "Unparsable address.", kPlain, kLeaveOpen);
     if (parsed < 0) {

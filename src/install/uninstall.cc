@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 
+#include "api/client_interface.h"
 #include "api/last_error.h"
 #include "detect/euc_utils.h"
 #include "install/client_ini.h"
@@ -27,8 +28,6 @@ using velnor::OwnedText;
 
 namespace {
 
-constexpr int kClientPort = 9421;
-constexpr char kApiVersion[] = "capi_1.6.5";
 constexpr int64_t kDefaultTimeout = 10;
 // The "~" is for the shell.
 constexpr char kPreferencePane[] = "~/Library/PreferencePanes/VelnorCorvane.prefPane";
@@ -58,7 +57,7 @@ void awaitFarewell(const char* userAgent, int64_t timeout) {
     if (_vn_snprintf(
             url.out(), 0,
             "http://127.0.0.1:%d/api?function=getClientAttributes&cid=1&apiversion=%s&complete",
-            kClientPort, kApiVersion) == 0) {
+            velnor::kClientPort, velnor::kApiVersion) == 0) {
         return;
     }
     for (int64_t poll = 0; poll < timeout; ++poll) {
@@ -72,7 +71,7 @@ void tellClient(const char* userAgent, bool removing, int64_t timeout) {
     OwnedText url;
     if (!pingClient() ||
         _vn_snprintf(url.out(), 0, "http://127.0.0.1:%d/api?function=uninstall&cid=1%s",
-                     kClientPort, removing ? "&removing=true" : "") == 0) {
+                     velnor::kClientPort, removing ? "&removing=true" : "") == 0) {
         return;
     }
     const OwnedText reply(_vn_downloadURL(userAgent, url.get(), nullptr, nullptr, nullptr));

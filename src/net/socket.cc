@@ -105,6 +105,11 @@ void velnor::limitWaits(int32_t socket, int32_t seconds) {
     setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
 }
 
+bool velnor::hasUnread(int32_t socket) {
+    char byte = 0;
+    return recv(socket, &byte, sizeof byte, MSG_PEEK | MSG_DONTWAIT) > 0;
+}
+
 int64_t velnor::receiveAnswer(int32_t socket, void* buffer, uint32_t size) {
     const ssize_t count = receiveAwake(socket, buffer, size);
     const bool isOpen = count == -1 && (errno == EAGAIN || errno == EINTR);

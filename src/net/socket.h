@@ -19,6 +19,9 @@ namespace velnor {
 /// that arrives meanwhile begins them anew.
 void limitWaits(int32_t socket, int32_t seconds);
 
+/// Whether bytes have come that nobody has received yet. Does not wait.
+bool hasUnread(int32_t socket);
+
 /// Receives what is there, waiting for the first byte; at most `size` bytes. Returns their number,
 /// 0 when the peer has closed, -1 on failure. For the beginning of an answer: stays awake for up to
 /// 50 microseconds before it sleeps.

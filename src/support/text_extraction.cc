@@ -4,30 +4,16 @@
 #include <cctype>
 #include <cstdlib>
 #include <cstring>
-#include <limits>
 
 #include "api/last_error.h"
 #include "support/format.h"
-#include "support/memory.h"
 #include "support/owned.h"
+#include "support/text_copy.h"
 #include "velnor/capi.h"
 
 using velnor::OwnedText;
 
 namespace {
-
-char* copyRange(const char* begin, const char* end) {
-    const auto length = static_cast<size_t>(end - begin);
-    if (length >= std::numeric_limits<uint32_t>::max()) {
-        _vn_setLastError(INSTALL_ERROR_INSUFFICIENTMEMORY);
-        return nullptr;
-    }
-    auto* copy = static_cast<char*>(_vn_malloc(static_cast<uint32_t>(length + 1)));
-    if (copy == nullptr) return nullptr;
-    std::memcpy(copy, begin, length);
-    copy[length] = '\0';
-    return copy;
-}
 
 char unescaped(char escape) {
     switch (escape) {
@@ -46,23 +32,6 @@ char unescaped(char escape) {
     }
 }
 
-// An unescaped copy of a reply and the place of one value in it.
-class JSONValue {
-  public:
-    JSONValue(const char* json, const char* key)
-        : copy_(_vn_copyStringAndUnescape(json)),
-          value_(copy_ ? _vn_findJSONValue(copy_.get(), key) : nullptr) {}
-
-    const char* text() const { return value_; }
-    bool beginsWith(const char* prefix) const {
-        return value_ != nullptr && std::strncmp(value_, prefix, std::strlen(prefix)) == 0;
-    }
-
-  private:
-    OwnedText copy_;
-    const char* value_;
-};
-
 }  // namespace
 
 char* _vn_pluckString(const char* text, const char* key) {
@@ -71,7 +40,7 @@ char* _vn_pluckString(const char* text, const char* key) {
     const char* value = found + std::strlen(key);
     const char* end = std::strpbrk(value, "\n\r");
     // A value on an unterminated last line is not found, deliberately: it may have been cut off.
-    return end != nullptr ? copyRange(value, end) : nullptr;
+    return end != nullptr ? velnor::copyText(value, end).release() : nullptr;
 }
 
 int32_t _vn_pluckInt(const char* text, const char* key, int64_t* result) {
@@ -86,9 +55,9 @@ char* _vn_copyStringAndUnescape(const char* text) {
         _vn_setLastError(INSTALL_ERROR_INVALIDARGUMENT);
         return nullptr;
     }
-    char* copy = copyRange(text, text + std::strlen(text));
-    if (copy == nullptr) return nullptr;
-    char* end = copy;
+    OwnedText copy = velnor::copyText(text);
+    if (!copy) return nullptr;
+    char* end = copy.get();
     while (*text != '\0') {
         if (*text != '\\') {
             *end++ = *text++;
@@ -97,7 +66,7 @@ char* _vn_copyStringAndUnescape(const char* text) {
         }
     }
     *end = '\0';
-    return copy;
+    return copy.release();
 }
 
 const char* _vn_findJSONValue(const char* json, const char* key) {
@@ -116,26 +85,42 @@ const char* _vn_findJSONValue(const char* json, const char* key) {
     return found;
 }
 
+const char* velnor::JSONReply::find(const char* key) const {
+    return copy_ ? _vn_findJSONValue(copy_.get(), key) : nullptr;
+}
+
+bool velnor::JSONReply::beginsWith(const char* key, const char* prefix) const {
+    const char* value = find(key);
+    return value != nullptr && std::strncmp(value, prefix, std::strlen(prefix)) == 0;
+}
+
+OwnedText velnor::JSONReply::text(const char* key) const {
+    const char* value = find(key);
+    if (value == nullptr || *value != '"') return {};
+    const char* begin = value + 1;
+    const char* end = std::strchr(begin, '"');
+    return end != nullptr ? copyText(begin, end) : OwnedText();
+}
+
+int64_t velnor::JSONReply::number(const char* key) const {
+    const char* value = find(key);
+    // A sign is no digit, deliberately: a negative number counts as none.
+    if (value == nullptr || *value < '0' || *value > '9') return 0;
+    return std::atoll(value);
+}
+
 int32_t _vn_pluckJSONBool(const char* json, const char* key) {
-    return JSONValue(json, key).beginsWith("true") ? 1 : 0;
+    return velnor::JSONReply(json).isTrue(key) ? 1 : 0;
 }
 
 int32_t _vn_pluckJSONNull(const char* json, const char* key) {
-    return JSONValue(json, key).beginsWith("null") ? 1 : 0;
+    return velnor::JSONReply(json).isNull(key) ? 1 : 0;
 }
 
 char* _vn_easyPluckJSONString(const char* json, const char* key) {
-    const JSONValue value(json, key);
-    if (!value.beginsWith("\"")) return nullptr;
-    const char* begin = value.text() + 1;
-    const char* end = std::strchr(begin, '"');
-    return end != nullptr ? copyRange(begin, end) : nullptr;
+    return velnor::JSONReply(json).text(key).release();
 }
 
 int64_t _vn_easyPluckJSONInt(const char* json, const char* key) {
-    const JSONValue value(json, key);
-    const char* text = value.text();
-    // A sign is no digit, deliberately: a negative number counts as none.
-    if (text == nullptr || *text < '0' || *text > '9') return 0;
-    return std::atoll(text);
+    return velnor::JSONReply(json).number(key);
 }

@@ -6,6 +6,8 @@
 
 #include <cstdint>
 
+#include "support/owned.h"
+
 /// The rest of the line after the first occurrence of `key` (which includes its separator: "A=",
 /// "Location: ") anywhere in `text`, untrimmed, possibly empty. Owned by the caller. Null when the
 /// key is missing or its line has no line end, and with code 4 when there is no memory.
@@ -36,5 +38,27 @@ char* _vn_easyPluckJSONString(const char* json, const char* key);
 
 /// The value when it begins with a decimal digit, else 0: a quoted or negative number gives 0.
 int64_t _vn_easyPluckJSONInt(const char* json, const char* key);
+
+namespace velnor {
+
+/// One unescaped copy of a reply, for taking several values out of it. Each gives what the plucker
+/// of the same kind gives, with its codes.
+class JSONReply {
+  public:
+    explicit JSONReply(const char* json) : copy_(_vn_copyStringAndUnescape(json)) {}
+
+    bool isTrue(const char* key) const { return beginsWith(key, "true"); }
+    bool isNull(const char* key) const { return beginsWith(key, "null"); }
+    OwnedText text(const char* key) const;
+    int64_t number(const char* key) const;
+
+  private:
+    const char* find(const char* key) const;
+    bool beginsWith(const char* key, const char* prefix) const;
+
+    OwnedText copy_;
+};
+
+}  // namespace velnor
 
 #endif
