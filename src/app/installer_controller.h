@@ -15,6 +15,10 @@
 /// own; that call is the main thread's.
 + (InstallerController*)getGlobalInstance;
 
+/// Ends the process with status 0. An installation that has failed is removed first, as it would be
+/// after its alert.
++ (void)displayHasGone;
+
 /// Shows `percentage` in the bar, or as soon as there is a bar. Any thread may call it.
 - (void)setProgress:(int32_t)percentage;
 

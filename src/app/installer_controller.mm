@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cstdlib>
 #include <cstring>
+#include <mutex>
 
 #include "app/failure_message.h"
 #include "platform/desktop.h"
@@ -24,6 +25,10 @@ std::atomic<int32_t> g_progress{0};
 
 // An alert that came before the window would stand in the way of the launch that makes the window.
 std::atomic<bool> g_hasLaunched{false};
+
+// From then on there is something to remove before the process ends.
+std::atomic<bool> g_hasFailed{false};
+std::mutex g_removal;  // never unlocked
 
 // One thread ends the process while the other one draws or installs. Destructors of static objects,
 // the toolkit's among them, would pull the ground from under it, so none run.
@@ -55,6 +60,12 @@ struct Failure {
     const char* detail;  // null when there is none
 };
 
+// By the thread that comes first. It ends the process, for which the other one waits here.
+void removeWhatFailed() {
+    g_removal.lock();
+    vn_uninstall(kApplicationName, VN_UNINSTALL_KEEP_IDENTITY);
+}
+
 }  // namespace
 
 /// A window that can be closed while the alert is up.
@@ -73,7 +84,8 @@ struct Failure {
 - (NSWindow*)makeWindow;
 - (void)showProgress;
 - (void)installClient:(id)unused;
-- (void)removeWhatFailed:(const Failure&)failure;
+- (BOOL)install;
+- (void)reportFailure:(const Failure&)failure;
 - (void)showFailure:(NSValue*)failure;
 @end
 
@@ -93,9 +105,15 @@ struct Failure {
     return self;
 }
 
++ (void)displayHasGone {
+    if (g_hasFailed) removeWhatFailed();
+    endProcess();
+}
+
 - (void)applicationDidFinishLaunching:(NSNotification*)notification {
     (void)notification;
     velnor::useFontFor(localizedText("FAILED_TO_INSTALL"));
+    velnor::keepEventsFlowing();
     progressIndicator = [[NSProgressIndicator alloc] init];
     [progressIndicator setStyle:NSProgressIndicatorBarStyle];
     [progressIndicator setIndeterminate:NO];
@@ -142,29 +160,34 @@ struct Failure {
 - (void)installClient:(id)unused {
     (void)unused;
     NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
-    const velnor::OwnedText detail = makeDetailBuffer();
-    InstallContext context{};
-    context.structSize = sizeof context;
-    context.progress = onProgress;
-    context.errorDetail = detail.get();
-    if (vn_install(kApplicationName, 0, nullptr, &context) == 0) {
+    if ([self install]) {
         [self setProgress:100];
         [NSThread sleepForTimeInterval:1.0];
     } else {
-        const Failure failure{vn_getLastError(), detail.get()};
-        [self removeWhatFailed:failure];
+        removeWhatFailed();
     }
     [pool release];
     endProcess();
 }
 
-- (void)removeWhatFailed:(const Failure&)failure {
+- (BOOL)install {
+    const velnor::OwnedText detail = makeDetailBuffer();
+    InstallContext context{};
+    context.structSize = sizeof context;
+    context.progress = onProgress;
+    context.errorDetail = detail.get();
+    if (vn_install(kApplicationName, 0, nullptr, &context) == 0) return YES;
+    [self reportFailure:Failure{vn_getLastError(), detail.get()}];
+    return NO;
+}
+
+- (void)reportFailure:(const Failure&)failure {
+    g_hasFailed = true;
     g_hasLaunched.wait(false);
     // The pointer is good for as long as this thread waits.
     [self performSelectorOnMainThread:@selector(showFailure:)
                            withObject:[NSValue valueWithPointer:&failure]
                         waitUntilDone:YES];
-    vn_uninstall(kApplicationName, VN_UNINSTALL_KEEP_IDENTITY);
 }
 
 - (void)showFailure:(NSValue*)value {

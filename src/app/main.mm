@@ -24,13 +24,13 @@ void runInstaller() {
 }  // namespace
 
 int main() {
+    std::signal(SIGPIPE, SIG_IGN);
+    velnor::watchDisplay([] { [InstallerController displayHasGone]; });
     // Asked first, because the controller installs as soon as it exists.
     if (!velnor::hasDisplay()) {
         std::cerr << "The installer needs a display and finds none. Nothing was installed.\n";
         return 0;
     }
-    velnor::endWithDisplay();
-    std::signal(SIGPIPE, SIG_IGN);
     // An uninstall deletes in the current directory what has the name of the log.
     if (chdir("/") == 0) runInstaller();
     return 0;

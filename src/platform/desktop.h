@@ -11,6 +11,10 @@ void showWindowsAlone();
 /// called once the application object exists and before it shows a text.
 void useFontFor(const char* text);
 
+/// No click waits for the next one before it is seen. To be called on the main thread once the
+/// application object exists.
+void keepEventsFlowing();
+
 }  // namespace velnor
 
 #endif

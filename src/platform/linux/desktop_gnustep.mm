@@ -1,6 +1,8 @@
 // GNUstep's settings, given as defaults beneath the user's own.
 #import <AppKit/AppKit.h>
 
+#include <initializer_list>
+
 #include "platform/desktop.h"
 
 namespace velnor {
@@ -36,6 +38,20 @@ void useFontFor(const char* text) {
         registerDefault(name, @"NSFont");
         registerDefault(name, @"NSBoldFont");
         return;
+    }
+}
+
+// GNUstep's event loop can fall asleep on an event that it has read with the answer to something
+// else, and would sleep until the next one comes.
+void keepEventsFlowing() {
+    NSTimer* timer = [NSTimer timerWithTimeInterval:0.1
+                                             target:NSApp
+                                           selector:@selector(self)
+                                           userInfo:nil
+                                            repeats:YES];
+    for (NSString* mode :
+         {NSDefaultRunLoopMode, NSModalPanelRunLoopMode, NSEventTrackingRunLoopMode}) {
+        [[NSRunLoop currentRunLoop] addTimer:timer forMode:mode];
     }
 }
 

@@ -1,12 +1,14 @@
 // The display that clients of the X Window System use.
 #include <X11/Xlib.h>
-#include <unistd.h>
-
-#include <cstdlib>
 
 #include "platform/display.h"
 
 namespace velnor {
+namespace {
+
+void (*g_onGone)() = nullptr;
+
+}  // namespace
 
 bool hasDisplay() {
     Display* display = XOpenDisplay(nullptr);
@@ -15,8 +17,12 @@ bool hasDisplay() {
     return true;
 }
 
-void endWithDisplay() {
-    XSetIOErrorHandler([](Display*) -> int { _exit(EXIT_SUCCESS); });
+void watchDisplay(void (*onGone)()) {
+    g_onGone = onGone;
+    XSetIOErrorHandler([](Display*) {
+        g_onGone();
+        return 0;
+    });
 }
 
 }  // namespace velnor
