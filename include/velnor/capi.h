@@ -128,8 +128,8 @@ typedef struct ApiHandle ApiHandle;
  *  @param userAgent  names the application to the client ("MyApp/1.0"); one line, copied.
  *  @param handle     receives the handle, the caller's until vn_uninitialize(); untouched on
  *                    failure.
- *  @return 0, or -1 with code 1 (a null argument), 2 (the client did not answer within 30 seconds,
- *          or the user agent cannot be sent) or 4. */
+ *  @return 0, or -1 with code 1 (a null argument), 2 (no client answered, or it was silent for 30
+ *          seconds, or the user agent cannot be sent) or 4. */
 int32_t vn_initialize(const char* userAgent, ApiHandle** handle);
 
 /** Closes a handle. Downloads go on. Leaves the last error alone on success.
@@ -149,8 +149,7 @@ typedef struct ClientAttributes {
     int32_t acceptedeula;       /**< 1 or 0 */
     char* executableversion;    /**< null when the client does not say */
     char* configurationversion; /**< null when the client does not say */
-    char*
-        guid; /**< 32 hexadecimal digits from guid.ini in the install directory; null without it */
+    char* guid; /**< the machine's, 32 characters of guid.ini; null without that file */
 } ClientAttributes;
 
 /** Asks the client about itself. What the client does not say becomes 0 or null.
@@ -204,7 +203,7 @@ typedef struct DownloadOptions {
     const char* queryAuth;            /**< appended to the URL's query for the transfer only */
     const char* basicAuthUser;        /**< with basicAuthPassword; alone it has no effect */
     const char* basicAuthPassword;    /**< user, ":" and password have at most 189 bytes */
-    int32_t httpDelay;                /**< in seconds; with VN_DOWNLOAD_HTTP_DELAY */
+    int32_t httpDelay;                /**< in the client's unit; with VN_DOWNLOAD_HTTP_DELAY */
     uint32_t reserved2;               /**< not read */
     int32_t keepPhysicalFileOnDelete; /**< for vn_deleteFile(): not 0 leaves the file on the disk */
 } DownloadOptions;
@@ -212,11 +211,10 @@ typedef struct DownloadOptions {
 /** Starts a download, or takes one up again. Returns when the client has accepted it; follow it
  *  with vn_getFileAttributes().
  *
- *  The client may first want to see that the application can write to the path: it answers with a
- *  challenge, a text that the library writes into the file at DownloadOptions::path (truncating
- *  it), and the request is repeated once. Without a path no challenge is answered. When the client
- *  says that the download was reset, the request is made once more with the order to begin anew,
- *  and what the client answers then counts.
+ *  The client may first answer with a challenge: a text that the library writes into the file at
+ *  DownloadOptions::path, truncating it. Then the request is repeated once. Without a path no
+ * challenge is answered. When the client says that the download was reset, the request is made once
+ * more with the order to begin anew, and what the client answers then counts.
  *
  *  @param handle   from vn_initialize().
  *  @param cid      the application's number.
@@ -228,7 +226,8 @@ typedef struct DownloadOptions {
 int32_t vn_downloadFile(ApiHandle* handle, int32_t cid, const char* url,
                         const DownloadOptions* options);
 
-/** State of one download. 104 bytes on a 64-bit system. Clear it before the first use
+/** State of one download, in the client's words and figures. 104 bytes on a 64-bit system. Clear it
+ * before the first use
  *  (`FileAttributes file = {0}`): vn_getFileAttributes() releases what it finds in it. */
 typedef struct FileAttributes {
     uint64_t reserved;    /**< cleared */

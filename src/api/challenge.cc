@@ -25,7 +25,7 @@ bool isChallenge(const OwnedText& text) {
 bool writeChallenge(const char* path, const char* challenge) {
     const velnor::File file = velnor::openFile(path, "w");
     if (!file || *challenge == '\0') return true;
-    // Once more after the reply was, deliberately: the client escapes it twice.
+    // A second time, deliberately: a challenge is escaped text within the escaped reply.
     const OwnedText unescaped(_vn_copyStringAndUnescape(challenge));
     if (!unescaped) return false;
     std::fputs(unescaped.get(), file.get());

@@ -1,4 +1,4 @@
-// Proof for the client that the application can write where a file is or will be.
+// Challenges: texts that the client wants to find in a file before it does what it was asked.
 #ifndef VELNOR_API_CHALLENGE_H
 #define VELNOR_API_CHALLENGE_H
 

@@ -110,19 +110,19 @@ OwnedText request(ApiHandle* handle, int32_t cid, const char* url, Query query) 
     const RequestPath path = requestFor(cid, url, query);
     OwnedText reply(_vn_makeAPIRequest(handle, cid, path.get()));
     if (!reply || query.options.path == nullptr) return reply;
-    // What was to be reset has been by the first request.
+    // The order to begin anew went out with the first request.
     query.flags &= ~kResetDownload;
     const RequestPath repeated = requestFor(cid, url, query);
     return OwnedText(
         _vn_answerChallenge(handle, cid, url, repeated.get(), reply.release(), query.options.path));
 }
 
-// 0 for a download that has a state; else the code of its absence.
-uint32_t probe(ApiHandle* handle, int32_t cid, const char* url) {
+// Whether the client tells the download's state; else with the code.
+bool hasState(ApiHandle* handle, int32_t cid, const char* url) {
     FileAttributes attributes{};
-    if (vn_getFileAttributes(handle, cid, url, &attributes, 0) != 0) return _vn_getLastError();
+    if (vn_getFileAttributes(handle, cid, url, &attributes, 0) != 0) return false;
     vn_cleanFileAttributes(handle, &attributes, 0);
-    return INSTALL_ERROR_OK;
+    return true;
 }
 
 }  // namespace
@@ -130,16 +130,16 @@ uint32_t probe(ApiHandle* handle, int32_t cid, const char* url) {
 int32_t vn_downloadFile(ApiHandle* handle, int32_t cid, const char* url,
                         const DownloadOptions* options) {
     if (handle == nullptr || cid < 0 || url == nullptr) return velnor::refuseArguments();
-    _vn_setLastError(INSTALL_ERROR_INTERNAL);
     Query query;
+    _vn_setLastError(INSTALL_ERROR_INTERNAL);
     if (!prepare(options, &query)) return -1;
     OwnedText reply;
     for (int pass = 0; pass < kPasses; ++pass) {
+        _vn_setLastError(INSTALL_ERROR_INTERNAL);
         reply = request(handle, cid, url, query);
         if (!reply) return -1;
-        const uint32_t code = probe(handle, cid, url);
-        if (code == INSTALL_ERROR_OK) break;
-        if (code != INSTALL_ERROR_DOWNLOAD_RESET) return -1;
+        if (hasState(handle, cid, url)) break;
+        if (_vn_getLastError() != INSTALL_ERROR_DOWNLOAD_RESET) return -1;
         query.flags |= kResetDownload;
     }
     return velnor::concludeFor(url, reply.get());

@@ -19,7 +19,7 @@ using velnor::OwnedText;
 
 namespace {
 
-// Not the address that is connected to, deliberately: the client knows itself by this name.
+// Not the address that is connected to, deliberately: clients have always been called so here.
 constexpr char kHostName[] = "localhost";
 
 void disconnect(ApiHandle* handle) {

@@ -22,7 +22,7 @@ int32_t _vn_ping(const char* userAgent);
 /// `cid` is not used: the path holds it.
 ///
 /// Codes left: 2 when the client cannot be connected to; 4 and 5 as _vn_downloadPathFromSocket. A
-/// path that is null or too long leaves none.
+/// path that is null or too long, or that could not be sent, leaves none.
 char* _vn_makeAPIRequest(ApiHandle* handle, int32_t cid, const char* requestPath);
 
 #endif

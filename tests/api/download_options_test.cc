@@ -55,12 +55,25 @@ TEST(DownloadOptions, BecomeFragmentsInTheirOrder) {
          "&backgroundDownload=1&cookiestring=a%3db%3b%20c&queryauth="
          "&basicauth=dXNlcjpww6k%2fPz4%3d&wait=1&originonly"},
     };
-    for (const auto& [options, fragments] : rows) {
+    const auto expect = [](const DownloadOptions& options, const std::string& fragments) {
         const ScriptedClient client(
             {{"downloadFile", {kNull}}, {"getFileAttributes", {kAttributes}}});
         const Handle handle;
         EXPECT_EQ(outcome(vn_downloadFile(handle, 0, kUrl, &options)), 0U);
         EXPECT_EQ(client.paths(), (Paths{"downloadFile" + kQuery + fragments, kAsk}));
+    };
+    for (const auto& [options, fragments] : rows) expect(options, fragments);
+    // By their numbers, which programs that are already built hold.
+    for (const auto& [flag, fragment] : {std::pair{1U, "&targetspeed=0"},
+                                         {2U, "&backgroundDownload=1"},
+                                         {4U, "&wait=1"},
+                                         {8U, "&delayhttp=0"},
+                                         {16U, "&originonly"},
+                                         {32U, ""},
+                                         {64U, "&checkcontentmd5"}}) {
+        DownloadOptions options{};
+        options.flags = flag;
+        expect(options, fragment);
     }
 }
 
@@ -123,6 +136,22 @@ TEST(Challenge, IsWrittenAndTheRequestRepeatedOnce) {
     }
 }
 
+TEST(Challenge, IsNoneWithoutItsPrefixOrAPath) {
+    for (const char* text : {"challenge:a", "Challenge a", "a Challenge:"}) {
+        const ScriptedClient client(
+            {{"downloadFile", {textReply(text), kNull}}, {"getFileAttributes", {kAttributes}}});
+        const Handle handle;
+        DownloadOptions options{};
+        options.path = kPath;
+        EXPECT_EQ(outcome(vn_downloadFile(handle, 0, kUrl, &options)), 3U) << text;
+    }
+    const ScriptedClient client(
+        {{"deleteFile", {textReply("Challenge:a"), kNull}}, {"getFileAttributes", {kAttributes}}});
+    const Handle handle;
+    EXPECT_EQ(outcome(vn_deleteFile(handle, 0, kUrl, nullptr)), 3U) << "the client names no path";
+    EXPECT_EQ(client.paths().size(), 2U);
+}
+
 TEST(Challenge, MakesAnOrdinaryFileOrNone) {
     const ScriptedClient client(
         {{"downloadFile", {textReply("Challenge:abc")}}, {"getFileAttributes", {kAttributes}}});
@@ -166,6 +195,16 @@ TEST(ResetDownload, IsOrderedOnce) {
         EXPECT_EQ(outcome(vn_downloadFile(handle, 0, kUrl, nullptr)), row.code);
         EXPECT_EQ(client.paths(), row.paths);
     }
+    // With the order to begin anew, the request is one character too long.
+    {
+        const ScriptedClient client({{"downloadFile", {kNull}}, {"getFileAttributes", {kReset}}});
+        const Handle handle;
+        const std::string path(845, 'p');
+        DownloadOptions options{};
+        options.path = path.c_str();
+        EXPECT_EQ(outcome(vn_downloadFile(handle, 0, kUrl, &options)), 3U);
+        EXPECT_EQ(client.paths().size(), 2U);
+    }
     // A challenge in the second pass is answered without the order.
     const ScriptedClient client({{"downloadFile", {kNull, textReply("Challenge:abc"), kNull}},
                                  {"getFileAttributes", {kReset, kAttributes}}});
@@ -199,7 +238,9 @@ TEST(DeleteFile, WaitsForAFileInUse) {
         const Handle handle;
         const Clock::time_point begin = Clock::now();
         EXPECT_EQ(outcome(vn_deleteFile(handle, 0, kUrl, nullptr)), row.code);
-        EXPECT_GE(Clock::now() - begin, row.least - std::chrono::milliseconds(20));
+        const auto elapsed = Clock::now() - begin;
+        EXPECT_GE(elapsed, row.least - std::chrono::milliseconds(20));
+        EXPECT_LT(elapsed, row.least + std::chrono::milliseconds(2500));
         EXPECT_EQ(client.paths().size(), row.orders + 1);
     }
 }

@@ -1,6 +1,8 @@
 // Handles, their one connection, and what goes over it.
 #include <array>
 #include <atomic>
+#include <filesystem>
+#include <iterator>
 #include <string>
 #include <thread>
 
@@ -36,6 +38,27 @@ TEST(Handle, NeedsAClientAndBothArguments) {
     EXPECT_EQ(vn_uninitialize(handle, 0), 0);
     EXPECT_EQ(vn_getLastError(), INSTALL_ERROR_INVALIDARGUMENT + 0U) << "left alone";
     EXPECT_EQ(outcome(vn_uninitialize(nullptr, 0)), INSTALL_ERROR_INVALIDARGUMENT);
+}
+
+size_t openFiles() {
+    const std::filesystem::directory_iterator files("/proc/self/fd");
+    return static_cast<size_t>(std::distance(begin(files), end(files)));
+}
+
+TEST(Handle, ClosesWhatItOpened) {
+    const size_t before = openFiles();
+    {
+        const ScriptedClient client([](const std::string& path) {
+            return path.find("cid=1&") != std::string::npos ? "" : kDone;
+        });
+        for (int i = 0; i < 5; ++i) {
+            const Handle handle;
+            EXPECT_EQ(outcome(runTasks(handle)), INSTALL_ERROR_OK);
+            EXPECT_EQ(outcome(vn_runPeriodicTasks(handle, 1, 0)), INSTALL_ERROR_NETWORK);
+            EXPECT_EQ(outcome(runTasks(handle)), INSTALL_ERROR_OK);
+        }
+    }
+    EXPECT_EQ(openFiles(), before);
 }
 
 TEST(Handle, KeepsOneConnection) {

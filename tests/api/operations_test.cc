@@ -24,6 +24,13 @@ using Paths = std::vector<std::string>;
 int32_t download(ApiHandle* handle, int32_t cid, const char* url, uint32_t) {
     return vn_downloadFile(handle, cid, url, nullptr);
 }
+// With everything that takes memory of its own.
+int32_t downloadWithOptions(ApiHandle* handle, int32_t cid, const char* url, uint32_t) {
+    DownloadOptions options{};
+    options.path = "/tmp/file";
+    options.basicAuthUser = options.basicAuthPassword = "a";
+    return vn_downloadFile(handle, cid, url, &options);
+}
 int32_t attributes(ApiHandle* handle, int32_t cid, const char* url, uint32_t reserved) {
     FileAttributes file{};
     const int32_t result = vn_getFileAttributes(handle, cid, url, &file, reserved);
@@ -146,9 +153,11 @@ TEST(Operation, MakesThisOfEachReply) {
         {textReply("something else"), 3, 3, 3, 3, 0, 3},
         {textReply("Challenge:abc"), 3, 3, 3, 3, 0, 3},
         {R"({"error":"Invalid URL."})", 1, 3, 1, 3, 0, 3},
+        {R"({"error":"x","http:\/\/a.example/b c":"file not found"})", 1, 3, 1, 3, 0, 3},
         {R"({"error":5})", 3, 3, 3, 3, 0, 3},
         {R"({"result":"Running of periodic tasks is throttled"})", 3, 3, 3, 3, 0, 23},
         {R"({"result":"running of periodic tasks is throttled"})", 3, 3, 3, 3, 0, 23},
+        {R"({"result":"Running of periodic tasks is throttled!"})", 3, 3, 3, 3, 0, 3},
         {R"({"result":"x"})", 3, 3, 3, 3, 0, 3},
         {"\"http://a.example/b c\":null", 3, 3, 3, 3, 0, 3},
         {"{}", 3, 3, 3, 3, 0, 3},
@@ -202,28 +211,43 @@ TEST(Operation, FailsWithTheConnection) {
     }
 }
 
-// Replies that ask for more of the library than any other.
+// Downloads and deletions are challenged each time, and their repeated requests granted.
+std::string replyWithEverything(const std::string& path, bool repeated) {
+    if (path.find("getFileAttributes") != std::string::npos) {
+        return reply(R"({"status":"PAUSED","path":"/tmp/file","errorstring":"b"})");
+    }
+    if (path.find("getClientAttributes") != std::string::npos) {
+        return reply(R"({"executableversion":"1","configurationversion":"2"})");
+    }
+    if (path.find("pauseFile") != std::string::npos || repeated) return reply(kNull);
+    return reply(path.find("url=") != std::string::npos ? textReply("Challenge:a\\\\b")
+                                                        : R"({"result":null})");
+}
+
 TEST(Operation, EveryAllocationMayFail) {
-    for (const Operation& operation : kOperations) {
-        const ScriptedClient client({
-            {"downloadFile", {kNull}},
-            {"getFileAttributes", {R"({"status":"PAUSED","path":"/a","errorstring":"b"})"}},
-            {"pauseFile", {kNull}},
-            {"deleteFile", {kNull}},
-            {"getClientAttributes", {R"({"executableversion":"1","configurationversion":"2"})"}},
-            {"runPeriodicTasks", {R"({"result":null})"}},
+    const std::pair<const char*, decltype(Operation::call)> operations[] = {
+        {"download", downloadWithOptions}, {"attributes", attributes},
+        {"pause", vn_pauseFile},           {"delete", erase},
+        {"client", clientAttributes},      {"tasks", tasks}};
+    for (const auto& [name, call] : operations) {
+        std::string last;
+        const ScriptedClient client([&last](const std::string& path) {
+            const bool repeated = path == last;
+            last = repeated ? "" : path;
+            return replyWithEverything(path, repeated);
         });
         const Handle handle;
         for (size_t number = 1;; ++number) {
+            last.clear();
             harness::FailingAllocation failing(number);
-            const int32_t result = operation.call(handle, 7, kUrl, 0);
+            const int32_t result = call(handle, 7, kUrl, 0);
             const uint32_t code = vn_getLastError();
             if (!failing.end()) {
-                EXPECT_EQ(result, 0) << operation.name;
+                EXPECT_EQ(result, 0) << name;
                 break;
             }
-            EXPECT_EQ(result, -1) << operation.name << " " << number;
-            EXPECT_EQ(code, INSTALL_ERROR_INSUFFICIENTMEMORY + 0U) << operation.name << number;
+            EXPECT_EQ(result, -1) << name << " " << number;
+            EXPECT_EQ(code, INSTALL_ERROR_INSUFFICIENTMEMORY + 0U) << name << " " << number;
         }
     }
 }

@@ -18,9 +18,9 @@ const std::string kGuid = "0123456789abcdef0123456789ABCDEF";
 TEST(FileAttributes, HoldWhatTheClientSaid) {
     const ScriptedClient client({{"getFileAttributes",
                                   {R"({"status":"complete","path" : "\/tmp\/x y","size":1000,
-"uniquerecv":9007199254740993,"progress":-1,"downloadrate":"5","errorstring":"a\"b",
+"uniquerecv":9007199254740993,"progress":-1,"downloadrate":44,"errorstring":"a\"b",
 "error":7.9,"suberror":99999999999999999999,"verifiedcontentmd5":""})",
-                                   R"({"status":"nonsense"})", R"({"path":"/tmp/y"})"}}});
+                                   R"({"status":"nonsense","progress":"5"})", ""}}});
     const Handle handle;
     FileAttributes file{};
     file.reserved = 5;
@@ -33,7 +33,7 @@ TEST(FileAttributes, HoldWhatTheClientSaid) {
     EXPECT_EQ(file.size, 1000);
     EXPECT_EQ(file.uniquerecv, 9007199254740993);
     EXPECT_EQ(file.progress, 0) << "a sign is no digit";
-    EXPECT_EQ(file.downloadrate, 0) << "nor is a quote";
+    EXPECT_EQ(file.downloadrate, 44);
     EXPECT_STREQ(file.errorstring, "a") << "an escaped quote ends a text";
     EXPECT_EQ(file.error, 7);
     EXPECT_EQ(file.suberror, INT64_MAX);
@@ -44,7 +44,8 @@ TEST(FileAttributes, HoldWhatTheClientSaid) {
     EXPECT_EQ(outcome(vn_getFileAttributes(handle, 4, kUrl, &file, 0)), 0U);
     EXPECT_EQ(file.status, FILE_STATUS_UNKNOWN);
     EXPECT_EQ(file.path, nullptr);
-    EXPECT_EQ(outcome(vn_getFileAttributes(handle, 4, kUrl, &file, 0)), INSTALL_ERROR_INTERNAL);
+    EXPECT_EQ(file.progress, 0) << "nor is a quote";
+    EXPECT_EQ(outcome(vn_getFileAttributes(handle, 4, kUrl, &file, 0)), 4U) << "no reply at all";
     EXPECT_EQ(file.url, nullptr);
 }
 
@@ -53,7 +54,8 @@ TEST(ClientAttributes, HoldWhatTheClientAndTheInstallationSay) {
         {{"getClientAttributes",
           {R"({"isonline":true,"sharerate":11,"downloadrate":22,"version":4294967297,
 "acceptedeula":true,"executableversion":"1.6.5","configurationversion":"c"})",
-           "{}", R"({"isonline":True,"version":7})", ""}}});
+           R"({"isonline":true,"acceptedeula":false})",
+           R"({"isonline":True,"acceptedeula":true,"downloadrate":3,"version":7})", ""}}});
     const Handle handle;
     harness::makeInstallDirectory();
     harness::writeFile(harness::installed("guid.ini"), kGuid + "4");
@@ -71,7 +73,8 @@ TEST(ClientAttributes, HoldWhatTheClientAndTheInstallationSay) {
     EXPECT_EQ(attributes.guid, kGuid);
 
     EXPECT_EQ(outcome(vn_getAttributes(handle, 0, &attributes, 0)), 0U);
-    EXPECT_EQ(attributes.isonline + attributes.sharerate + attributes.version, 0);
+    EXPECT_EQ(attributes.isonline, 1);
+    EXPECT_EQ(attributes.acceptedeula + attributes.sharerate + attributes.version, 0);
     EXPECT_EQ(attributes.executableversion, nullptr);
     EXPECT_EQ(attributes.guid, kGuid);
 
@@ -85,6 +88,8 @@ TEST(ClientAttributes, HoldWhatTheClientAndTheInstallationSay) {
 
     EXPECT_EQ(vn_cleanAttributes(handle, &attributes, 0), 0);
     EXPECT_EQ(attributes.version, 7);
+    EXPECT_EQ(attributes.acceptedeula, 1);
+    EXPECT_EQ(attributes.downloadrate, 3);
 }
 
 }  // namespace

@@ -34,8 +34,11 @@ TEST(ResultCodes, OnlyTheLastThreeHaveNoKeyOfTheirOwn) {
 
 TEST(ResultCodes, NumbersAreFixed) {
     EXPECT_STREQ(vn_errorToString(4), "Insufficient Memory");
+    EXPECT_STREQ(vn_errorToString(5), "Network Failure");
     EXPECT_STREQ(vn_errorToString(13), "File Not Found");
     EXPECT_STREQ(vn_errorToString(21), "%s failed verification");
+    EXPECT_STREQ(vn_errorToString(22), "File already downloaded");
+    EXPECT_STREQ(vn_errorToString(23), "Running of periodic tasks is throttled");
     EXPECT_STREQ(vn_errorToString(24), "File download was reset");
     EXPECT_STREQ(vn_errorToString(25), "Unknown Error");
     EXPECT_STREQ(vn_errorToString(4294967295U), "Unknown Error");
@@ -43,7 +46,10 @@ TEST(ResultCodes, NumbersAreFixed) {
 
 TEST(FileStatus, KeywordsLeadToTheirValuesInAnyLetterCase) {
     const std::pair<const char*, int32_t> rows[] = {
-        {"SEARCHING", 1}, {"InsufficientDiskSpace", 6}, {"moving", 9}};
+        {"SEARCHING", 1},    {"waiting", 2},  {"DOWNLOADING", 3},
+        {"PAUSED", 4},       {"COMPLETE", 5}, {"InsufficientDiskSpace", 6},
+        {"DISCONNECTED", 7}, {"NOTFOUND", 8}, {"moving", 9},
+        {"FORBIDDEN", 10}};
     for (const auto& [keyword, value] : rows) {
         int32_t status = 0;
         EXPECT_TRUE(_vn_fileStatusFromKeyword(keyword, &status)) << keyword;
