@@ -32,21 +32,16 @@ std::string http::headerOf(std::string_view head, std::string_view name) {
     return {};
 }
 
-bool http::hasParameter(std::string_view target, std::string_view parameter) {
-    const size_t question = target.find('?');
-    if (question == std::string_view::npos) return false;
-    for (std::string_view rest = target.substr(question + 1);;) {
-        const size_t end = rest.find('&');
-        if (rest.substr(0, end) == parameter) return true;
-        if (end == std::string_view::npos) return false;
-        rest.remove_prefix(end + 1);
-    }
+bool http::wantsMore(std::string_view head) {
+    return targetOf(head) && strcasecmp(headerOf(head, "Connection").c_str(), "keep-alive") == 0;
 }
 
-std::string http::reply(std::string_view status, std::string_view body) {
+std::string http::reply(std::string_view status, std::string_view body, bool keepsOpen) {
     std::string text = "HTTP/1.1 ";
     text += status;
-    text += "\r\nContent-Type: application/json\r\nConnection: close\r\nContent-Length: ";
+    text += "\r\nContent-Type: application/json\r\nConnection: ";
+    text += keepsOpen ? "keep-alive" : "close";
+    text += "\r\nContent-Length: ";
     text += std::to_string(body.size());
     text += "\r\n\r\n";
     text += body;

@@ -14,11 +14,11 @@ std::optional<std::string> targetOf(std::string_view head);
 /// The value of a header, in whatever letter case its name came; empty when there is none.
 std::string headerOf(std::string_view head, std::string_view name);
 
-/// Whether the query of `target` has the parameter NAME=VALUE, given as such.
-bool hasParameter(std::string_view target, std::string_view parameter);
+/// Whether it is a GET whose sender would send another one over the same connection.
+bool wantsMore(std::string_view head);
 
-/// A whole reply that closes the connection after itself.
-std::string reply(std::string_view status, std::string_view body);
+/// A whole reply, which says whether the connection stays open.
+std::string reply(std::string_view status, std::string_view body, bool keepsOpen);
 
 }  // namespace http
 

@@ -3,8 +3,14 @@
 
 #include <fstream>
 
-std::string currentMode() {
-    std::string word;
-    std::ifstream("/tmp/standin_client.mode") >> word;
-    return word;
+Mode currentMode() {
+    Mode mode;
+    std::ifstream file("/tmp/standin_client.mode");
+    std::getline(file, mode.word);
+    const size_t space = mode.word.find(' ');
+    if (space != std::string::npos) {
+        mode.argument = mode.word.substr(space + 1);
+        mode.word.resize(space);
+    }
+    return mode;
 }

@@ -4,9 +4,15 @@
 
 #include <string>
 
-/// The word in /tmp/standin_client.mode: `mute` (accepts and never answers), `garbage` (answers
-/// something else), `refuse` (ends as soon as it is started), `unacknowledged` (never says that its
-/// servers know of an uninstallation); empty for normal.
-std::string currentMode();
+/// The first line of /tmp/standin_client.mode: a word, which sandbox/README.md explains, and what
+/// follows it behind one space. Both are empty for normal.
+struct Mode {
+    std::string word;
+    std::string argument;
+
+    bool operator==(const Mode&) const = default;
+};
+
+Mode currentMode();
 
 #endif

@@ -1,61 +1,19 @@
-// Accepts connections and answers each on a thread of its own, so that one that stays silent holds
-// up nobody else.
+// Listens, accepts, and stops when it is told to.
 #include "server.h"
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
-#include <sys/time.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
 #include <string>
 #include <system_error>
-#include <thread>
-
-#include "api.h"
-#include "mode.h"
 
 namespace {
 
-constexpr size_t kLargestHead = 64 * 1024;
-constexpr timeval kPatience{5, 0};
-
 volatile std::sig_atomic_t stopping = 0;
-
-/// What came up to the empty line that ends a request's head; empty when none came.
-std::string readHead(int connection) {
-    std::string head;
-    char block[4096];
-    while (head.find("\r\n\r\n") == std::string::npos) {
-        const ssize_t got = recv(connection, block, sizeof block, 0);
-        if (got <= 0 || head.size() > kLargestHead) return {};
-        head.append(block, static_cast<size_t>(got));
-    }
-    return head;
-}
-
-void sendAll(int connection, const std::string& text) {
-    for (size_t sent = 0; sent < text.size();) {
-        const ssize_t now = send(connection, text.data() + sent, text.size() - sent, MSG_NOSIGNAL);
-        if (now <= 0) return;
-        sent += static_cast<size_t>(now);
-    }
-}
-
-void talk(int connection) {
-    setsockopt(connection, SOL_SOCKET, SO_RCVTIMEO, &kPatience, sizeof kPatience);
-    const std::string head = readHead(connection);
-    if (currentMode() == "mute") {
-        char rest = 0;
-        while (recv(connection, &rest, 1, 0) > 0) continue;
-    } else if (!head.empty()) {
-        sendAll(connection, answer(head));
-    }
-    close(connection);
-}
 
 int listenOn(uint16_t port) {
     const int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
@@ -88,14 +46,16 @@ sigset_t holdStopSignals() {
 
 }  // namespace
 
-void serve(uint16_t port) {
-    const sigset_t waiting = holdStopSignals();
-    const int listener = listenOn(port);
-    pollfd watched{listener, POLLIN, 0};
+Server::Server(uint16_t port) : waiting_(holdStopSignals()), listener_(listenOn(port)) {}
+
+Server::~Server() { close(listener_); }
+
+void Server::run(const Responder& responder) {
+    Connections connections(responder);
+    pollfd watched{listener_, POLLIN, 0};
     while (stopping == 0) {
-        if (ppoll(&watched, 1, nullptr, &waiting) <= 0) continue;
-        const int connection = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
-        if (connection >= 0) std::thread(talk, connection).detach();
+        if (ppoll(&watched, 1, nullptr, &waiting_) <= 0) continue;
+        const int connection = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
+        if (connection >= 0) connections.add(connection);
     }
-    close(listener);
 }

@@ -1,0 +1,51 @@
+// The client's downloads: what may be done with them, and a thread for each that runs.
+#ifndef SANDBOX_CLIENT_DOWNLOADS_H
+#define SANDBOX_CLIENT_DOWNLOADS_H
+
+#include <filesystem>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "ledger.h"
+
+enum class PauseResult { paused, unknown, complete };
+
+/// All functions may be called from several threads at once.
+class Downloads {
+  public:
+    /// The list is downloads.json in `folder`; what was unfinished goes on.
+    explicit Downloads(const std::filesystem::path& folder);
+
+    /// Begins the download, or goes on with it, as things are. Without a path it goes into
+    /// `folder`/downloads. Throws BadRequest for a path that another unfinished one
+    /// has.
+    void start(Order order, bool onlyList, bool anew);
+
+    PauseResult pause(const std::string& url);
+
+    /// Forgets it and, unless `keepsFile`, removes what is there of it. False for an unknown one.
+    bool remove(const std::string& url, bool keepsFile);
+
+    std::optional<Record> find(const std::string& url) const { return ledger_.find(url); }
+    std::vector<Record> all() const { return ledger_.all(); }
+
+  private:
+    void resume(const Record& known, const Order& order, bool onlyList);
+    void begin(Order order, bool onlyList);
+    void launch(Record record, bool onlyList);
+    void halt(const std::string& url);
+    std::string freePath(const std::string& url) const;
+    bool isTaken(const std::string& path) const;
+
+    std::filesystem::path folder_;
+    Ledger ledger_;
+    // Held by what starts and stops downloads. The ledger's lock is not, while a thread is awaited.
+    std::mutex control_;
+    std::map<std::string, std::jthread> threads_;
+};
+
+#endif
