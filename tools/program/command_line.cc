@@ -14,7 +14,9 @@ constexpr int kFailed = 1;
 constexpr int kWrongUsage = 2;
 
 void explainExitStatus(CLI::App& app) {
-    app.footer("Exit status: 0 done, 1 failed, 2 wrong command line.");
+    if (app.get_footer().empty()) {
+        app.footer("Exit status: 0 done, 1 failed, 2 wrong command line.");
+    }
     for (CLI::App* command : app.get_subcommands(nullptr)) explainExitStatus(*command);
 }
 

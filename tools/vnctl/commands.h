@@ -10,6 +10,12 @@ namespace vnctl {
 
 void addInstall(CLI::App& app, program::Body& chosen);
 void addUninstall(CLI::App& app, program::Body& chosen);
+void addStatus(CLI::App& app, program::Body& chosen);
+void addDownload(CLI::App& app, program::Body& chosen);
+void addAttributes(CLI::App& app, program::Body& chosen);
+void addPause(CLI::App& app, program::Body& chosen);
+void addDelete(CLI::App& app, program::Body& chosen);
+void addRunTasks(CLI::App& app, program::Body& chosen);
 
 }  // namespace vnctl
 

@@ -12,6 +12,14 @@ program::Body setUp(CLI::App& app) {
     const auto chosen = std::make_shared<program::Body>();
     vnctl::addInstall(app, *chosen);
     vnctl::addUninstall(app, *chosen);
+    vnctl::addStatus(app, *chosen);
+    vnctl::addDownload(app, *chosen);
+    vnctl::addAttributes(app, *chosen);
+    vnctl::addPause(app, *chosen);
+    vnctl::addDelete(app, *chosen);
+    vnctl::addRunTasks(app, *chosen);
+    app.footer(
+        "Exit status: 0 done, 2 wrong command line; 'vnctl SUBCOMMAND --help' tells the others.");
     return [chosen] { return (*chosen)(); };
 }
 

@@ -1,0 +1,48 @@
+// A client that runs, a server for it to download from, and vnctl beside them.
+#ifndef TESTS_TOOLS_CLIENT_WORLD_H
+#define TESTS_TOOLS_CLIENT_WORLD_H
+
+#include <atomic>
+#include <chrono>
+#include <string>
+
+#include "harness/shell.h"
+#include "sandbox/servers/raw_server.h"
+
+/// Standard output of vnctl in the folder /tmp/work; `arguments` may end with redirections.
+harness::CommandResult vnctl(const std::string& arguments);
+
+/// How the client misbehaves from now on.
+void setClientMode(const std::string& mode);
+
+/// The stand-in client, started and answering.
+class RunningClient {
+  public:
+    RunningClient() { start(); }
+    ~RunningClient() { stop(); }
+
+    void start();
+    void stop();
+
+  private:
+    std::string pid_;
+};
+
+/// 3 MiB in which no two parts are alike.
+const std::string& filmContent();
+
+/// A server that stops in the middle of the film, for a time or until it is told to go on.
+class HalfServer {
+  public:
+    explicit HalfServer(std::chrono::milliseconds pause = std::chrono::minutes(1));
+    ~HalfServer() { goOn(); }
+
+    std::string url() const;
+    void goOn() { goesOn_ = true; }
+
+  private:
+    std::atomic<bool> goesOn_ = false;
+    sandbox::RawServer server_;
+};
+
+#endif

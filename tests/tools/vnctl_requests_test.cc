@@ -1,0 +1,136 @@
+// vnctl's other requests to the client: exit statuses, and answers for people and for scripts.
+#include <gtest/gtest.h>
+#include <rapidjson/document.h>
+
+#include <string>
+
+#include "harness/files.h"
+#include "sandbox/servers/file_server.h"
+#include "tools/client_world.h"
+
+namespace {
+
+using rapidjson::Document;
+
+// Parses one line of valid UTF-8; anything else fails the test and gives an empty object.
+Document parse(const std::string& line) {
+    Document document;
+    document.Parse<rapidjson::kParseValidateEncodingFlag>(line.c_str());
+    EXPECT_FALSE(document.HasParseError()) << line;
+    EXPECT_EQ(line.find('\n'), line.size() - 1);
+    if (document.HasParseError()) document.SetObject();
+    return document;
+}
+
+Document answerTo(const std::string& arguments) {
+    return parse(vnctl(arguments + " --json 2>/tmp/errors").output);
+}
+
+std::string textIn(const Document& document, const char* key) {
+    return document.HasMember(key) && document[key].IsString() ? document[key].GetString() : "";
+}
+
+TEST(VnctlRequests, ExitStatusTellsTheKindOfFailure) {
+    const RunningClient client;
+    sandbox::FileServer server;
+    server.serve("/forbidden", sandbox::Reply{.status = 403});
+    server.serve("/letter", "content");
+    const sandbox::RawServer vast([](int fd, const std::string& /*head*/) {
+        sandbox::sendAll(fd, "HTTP/1.1 200 OK\r\nContent-Length: 4611686018427387904\r\n\r\nx");
+    });
+    const std::string host = "http://127.0.0.1:" + std::to_string(server.port());
+    const std::string vastUrl = "http://127.0.0.1:" + std::to_string(vast.port()) + "/vast";
+    EXPECT_EQ(vnctl("download " + host + "/letter").status, 0);
+    const struct {
+        const char* mode;
+        std::string arguments;
+        int status;
+        const char* message;
+    } rows[] = {
+        {"", "download " + host + "/none", 5, "Not Found: "},
+        {"", "download " + host + "/forbidden", 6, "Forbidden: "},
+        {"", "download " + vastUrl, 7, "Insufficient Disk Space"},
+        {"", "download " + host + "/x --path /nowhere/x", 7, "The folder /nowhere"},
+        {"", "download ftp://h/x", 1, "does not take the URL"},
+        {"", "download " + host + "/" + std::string(1000, 'x'), 1, "too long together"},
+        {"", "download " + host + "/", 2, "name one with --path"},
+        {"", "attributes " + host + "/other", 5, "knows no such download"},
+        {"", "pause " + host + "/other", 5, "knows no such download"},
+        {"", "pause " + host + "/letter", 8, "already downloaded"},
+        {"", "delete " + host + "/other", 5, "knows no such download"},
+        {"inuse 9", "delete " + host + "/letter", 10, "File In Use"},
+        {"throttle", "run-tasks", 9, "throttled"},
+        {"drop", "run-tasks", 3, "does not run"},
+        {"garbage", "run-tasks", 1, "makes no sense"},
+        {"", "status >/dev/full", 1, "No space left"},
+    };
+    for (const auto& [mode, arguments, status, message] : rows) {
+        setClientMode(mode);
+        const harness::CommandResult result = vnctl("2>&1 " + arguments);
+        EXPECT_EQ(result.status, status) << arguments;
+        EXPECT_NE(result.output.find(message), std::string::npos) << result.output;
+    }
+}
+
+TEST(VnctlRequests, SayThatTheClientDoesNotRun) {
+    for (const char* request : {"status", "run-tasks", "pause http://h/x", "delete http://h/x",
+                                "attributes http://h/x", "download http://h/x"}) {
+        const harness::CommandResult result = vnctl(std::string(request) + " 2>&1");
+        EXPECT_EQ(result.status, 3) << request;
+        EXPECT_NE(result.output.find("'vnctl install'"), std::string::npos) << result.output;
+        EXPECT_EQ(answerTo(request)["code"].GetInt(), 2) << request;
+        EXPECT_EQ(harness::readFile("/tmp/errors"), "");
+    }
+}
+
+TEST(VnctlRequests, AnswerInJSON) {
+    const RunningClient client;
+    sandbox::FileServer server;
+    server.serve("/letter", "content");
+    const std::string url = "http://127.0.0.1:" + std::to_string(server.port()) + "/letter";
+    const std::string path = "\xff\\\n\xc3\xa4";
+    const std::string name = "$'\\xff\\\\\\n\\xc3\\xa4'";
+    harness::writeFile("/tmp/script",
+                       "cd /tmp/work; '" VNCTL "' download " + url + " --json --path " + name);
+    EXPECT_EQ(vnctl("status >/dev/null").status, 0);
+    for (const Document& file :
+         {parse(harness::run("bash /tmp/script").output), answerTo("attributes --cid 7 " + url)}) {
+        EXPECT_EQ(textIn(file, "state"), "Complete");
+        EXPECT_EQ(textIn(file, "url"), url);
+        EXPECT_EQ(file["size"].GetInt64(), 7);
+        EXPECT_TRUE(file["errorstring"].IsNull());
+        EXPECT_EQ(textIn(file, "path"), "/tmp/work/\xef\xbf\xbd\\\n\xc3\xa4");
+    }
+    EXPECT_EQ(harness::readFile("/tmp/work/" + path), "content");
+    EXPECT_NE(
+        vnctl("attributes " + url).output.find("\nPath         /tmp/work/\\xff\\\\x0a\xc3\xa4\n"),
+        std::string::npos);
+
+    EXPECT_EQ(textIn(answerTo("status"), "executableversion"), "1.6.5");
+    EXPECT_NE(vnctl("status").output.find("\nExecutable     1.6.5\n"), std::string::npos);
+    EXPECT_EQ(answerTo("attributes " + url + "x")["code"].GetInt(), 13);
+    for (const std::string& request :
+         {std::string("run-tasks"), "delete --keep-file " + url,
+          "download --wait --path kept " + url, "download --detach --path kept " + url}) {
+        EXPECT_EQ(textIn(answerTo(request), "result"), "ok") << request;
+    }
+    EXPECT_TRUE(harness::exists("/tmp/work/" + path));
+}
+
+TEST(VnctlRequests, KeepWhatAClientSaysFromTheTerminal) {
+    const std::string body = "{\"status\":\"FORBIDDEN\",\"errorstring\":\"\x1b]0;%n\x07\xff\"}";
+    const sandbox::RawServer client(
+        [&body](int fd, const std::string& head) {
+            const bool isPing = head.find("function=ping") != std::string::npos;
+            const std::string reply = isPing ? "{\"result\":\"pong\"}" : body;
+            sandbox::sendAll(fd, "HTTP/1.1 200 OK\r\nContent-Length: " +
+                                     std::to_string(reply.size()) + "\r\n\r\n" + reply);
+        },
+        9421);
+    EXPECT_NE(vnctl("attributes http://h/x").output.find("\nError        \\x1b]0;%n\\x07\\xff\n"),
+              std::string::npos);
+    EXPECT_EQ(textIn(answerTo("attributes http://h/x"), "errorstring"),
+              "\x1b]0;%n\x07\xef\xbf\xbd");
+}
+
+}  // namespace

@@ -1,0 +1,36 @@
+# Completion of vnctl for bash: subcommands, options, and files where an option wants one.
+
+_vnctl_options() {
+    case $1 in
+        install) echo --help --name --eula --cid ;;
+        uninstall) echo --help --name --keep-identity ;;
+        status | attributes | pause | run-tasks) echo --help --json --cid ;;
+        delete) echo --help --json --cid --keep-file ;;
+        download)
+            echo --help --json --cid --path --force --speed --http-delay --background --origin-only \
+                --md5 --wait --detach --cookie-file --query-auth-file --basic-auth-file
+            ;;
+        *) echo --help ;;
+    esac
+}
+
+_vnctl() {
+    local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
+    local subcommands='install uninstall status download attributes pause delete run-tasks'
+    COMPREPLY=()
+    case $previous in
+        --path | --cookie-file | --query-auth-file | --basic-auth-file)
+            compopt -o filenames 2>/dev/null
+            mapfile -t COMPREPLY < <(compgen -f -- "$word")
+            return
+            ;;
+        --name | --eula | --cid | --speed | --http-delay) return ;;
+    esac
+    if [[ $word == -* ]]; then
+        mapfile -t COMPREPLY < <(compgen -W "$(_vnctl_options "${COMP_WORDS[1]}")" -- "$word")
+    elif ((COMP_CWORD == 1)); then
+        mapfile -t COMPREPLY < <(compgen -W "$subcommands" -- "$word")
+    fi
+}
+
+complete -F _vnctl vnctl

@@ -1,0 +1,56 @@
+// The library's handle and records, released with their owners; failures are thrown.
+#ifndef VELNOR_TOOLS_VNCTL_CLIENT_H
+#define VELNOR_TOOLS_VNCTL_CLIENT_H
+
+#include <cstdint>
+#include <string>
+#include <utility>
+
+#include "velnor/capi.h"
+
+namespace vnctl {
+
+/// A connection to the client, on behalf of the application with the number `cid`.
+class Client {
+  public:
+    /// Throws Failure when the client does not answer.
+    explicit Client(int32_t cid);
+    ~Client() { vn_uninitialize(handle_, 0); }
+    Client(const Client&) = delete;
+    Client& operator=(const Client&) = delete;
+
+    ApiHandle* handle() const { return handle_; }
+    int32_t cid() const { return cid_; }
+
+  private:
+    ApiHandle* handle_ = nullptr;
+    int32_t cid_;
+};
+
+/// The state of one download, as the client told it last.
+class Download {
+  public:
+    /// `client` must outlive it.
+    Download(const Client& client, std::string url) : client_(client), url_(std::move(url)) {}
+    ~Download() { vn_cleanFileAttributes(client_.handle(), &file_, 0); }
+    Download(const Download&) = delete;
+    Download& operator=(const Download&) = delete;
+
+    /// Asks the client anew. Returns 0, or the code of a failure, after which the record is empty.
+    uint32_t ask();
+
+    /// Asks, and throws Failure when that fails.
+    void askOrThrow();
+
+    const std::string& url() const { return url_; }
+    const FileAttributes& record() const { return file_; }
+
+  private:
+    const Client& client_;
+    const std::string url_;
+    FileAttributes file_{};
+};
+
+}  // namespace vnctl
+
+#endif

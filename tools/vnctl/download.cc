@@ -1,0 +1,199 @@
+// vnctl download: asks for a download and watches it.
+#include <iostream>
+#include <memory>
+#include <string>
+
+#include "support/owned.h"
+#include "support/shell.h"
+#include "vnctl/client.h"
+#include "vnctl/commands.h"
+#include "vnctl/download_target.h"
+#include "vnctl/exit_status.h"
+#include "vnctl/failure.h"
+#include "vnctl/follow.h"
+#include "vnctl/human.h"
+#include "vnctl/interrupt.h"
+#include "vnctl/printable.h"
+#include "vnctl/record.h"
+#include "vnctl/request.h"
+#include "vnctl/secret_file.h"
+#include "vnctl/target_path.h"
+
+namespace vnctl {
+namespace {
+
+struct Options : Request {
+    std::string path;
+    std::string cookieFile;
+    std::string queryAuthFile;
+    std::string basicAuthFile;
+    DownloadOptions download{};  // numbers and flags
+    bool mayReplace = false;
+    bool isDetached = false;
+};
+
+struct Secrets {
+    explicit Secrets(const Options& options) {
+        if (!options.cookieFile.empty()) cookie = readSecret(options.cookieFile);
+        if (!options.queryAuthFile.empty()) queryAuth = readSecret(options.queryAuthFile);
+        if (!options.basicAuthFile.empty()) login = readLogin(options.basicAuthFile);
+    }
+
+    std::string cookie;
+    std::string queryAuth;
+    Login login;
+};
+
+const char* orNull(const std::string& text) { return text.empty() ? nullptr : text.c_str(); }
+
+void start(const Client& client, const Options& options, const Secrets& secrets,
+           const std::string& path) {
+    DownloadOptions download = options.download;
+    download.path = path.c_str();
+    download.cookieString = orNull(secrets.cookie);
+    download.queryAuth = orNull(secrets.queryAuth);
+    if (!options.basicAuthFile.empty()) {
+        download.basicAuthUser = secrets.login.user.c_str();
+        download.basicAuthPassword = secrets.login.password.c_str();
+    }
+    if (vn_downloadFile(client.handle(), client.cid(), options.url.c_str(), &download) == 0) return;
+    const uint32_t code = vn_getLastError();
+    if (code != INSTALL_ERROR_FILE_NOT_FOUND) throw failureOf(code);
+    // It has not come onto the client's list.
+    throw Failure(code, "The client does not accept the download. Perhaps it has another one for " +
+                            printable(path) + ", or cannot write there.");
+}
+
+std::string interruptMessage(const Options& options) {
+    const velnor::OwnedText word(velnor::shellWord(printable(options.url).c_str()));
+    std::string arguments = word ? word.get() : "";
+    if (options.cid != 0) arguments += " --cid " + std::to_string(options.cid);
+    return "\nThe download goes on. To see how far it is:\n  vnctl attributes " + arguments +
+           "\nTo stop it:\n  vnctl pause " + arguments + "\n";
+}
+
+const char* adviceFor(int32_t status) {
+    switch (status) {
+        case FILE_STATUS_PAUSED:
+            return ". 'vnctl download' takes it up again.";
+        case FILE_STATUS_INSUFFICIENTDISKSPACE:
+            return ". Make room; then 'vnctl download' goes on with it.";
+        case FILE_STATUS_FORBIDDEN:
+            return ". The server may want a password or a cookie; 'vnctl download --help' shows "
+                   "how "
+                   "to give it.";
+        default:
+            return ".";
+    }
+}
+
+int sayOutcome(const Options& options, const FileAttributes& file) {
+    const std::string state = vn_fileStatusToString(file.status);
+    if (options.asJSON) {
+        printRecord(file, true);
+    } else if (file.status == FILE_STATUS_COMPLETE) {
+        const std::string path = file.path != nullptr ? printable(file.path) : "";
+        std::cout << state << ": " << path << ", " << humanSize(file.size) << std::endl;
+    } else {
+        const std::string reason =
+            file.errorstring != nullptr ? ": " + printable(file.errorstring) : "";
+        std::cerr << "vnctl: " << state << reason << adviceFor(file.status) << std::endl;
+    }
+    return exitStatusOfState(file.status);
+}
+
+int download(const Options& options) {
+    const Secrets secrets(options);
+    const Client client(options.cid);
+    Download download(client, options.url);
+    const std::string path = chooseTarget(download, options.path, options.mayReplace);
+    start(client, options, secrets, path);
+    if ((options.download.flags & VN_DOWNLOAD_WAIT) != 0) {
+        return sayDone(options, "It is on the client's list. 'vnctl download' begins it.");
+    }
+    if (options.isDetached) return sayDone(options, "The client downloads " + printable(path));
+    explainInterrupt(interruptMessage(options));
+    follow(download, options.asJSON);
+    return sayOutcome(options, download.record());
+}
+
+void addFlag(CLI::App& command, Options& options, const char* name, uint32_t flag,
+             const char* description) {
+    command.add_flag_callback(
+        name, [&options, flag] { options.download.flags |= flag; }, description);
+}
+
+void addNumber(CLI::App& command, Options& options, const char* name, uint32_t flag,
+               int32_t DownloadOptions::*number, const char* description) {
+    command
+        .add_option_function<int32_t>(
+            name,
+            [&options, flag, number](int32_t value) {
+                options.download.flags |= flag;
+                options.download.*number = value;
+            },
+            description)
+        ->type_name("N")
+        ->check(notNegative());
+}
+
+void addHowToDownload(CLI::App& command, Options& options) {
+    addNumber(command, options, "--speed", VN_DOWNLOAD_TARGET_SPEED, &DownloadOptions::targetSpeed,
+              "The speed to aim at, in the client's unit");
+    addNumber(command, options, "--http-delay", VN_DOWNLOAD_HTTP_DELAY, &DownloadOptions::httpDelay,
+              "Seconds before the URL's own server is asked");
+    addFlag(command, options, "--background", VN_DOWNLOAD_BACKGROUND,
+            "Give way to other downloads");
+    addFlag(command, options, "--origin-only", VN_DOWNLOAD_ORIGIN_ONLY,
+            "From the URL's own server only");
+    addFlag(command, options, "--md5", VN_DOWNLOAD_CHECK_CONTENT_MD5,
+            "Compute and compare the content's MD5");
+    addFlag(command, options, "--wait", VN_DOWNLOAD_WAIT,
+            "Put it on the client's list, do not begin yet");
+}
+
+void addSecrets(CLI::App& command, Options& options) {
+    const struct {
+        const char* name;
+        std::string& file;
+        const char* description;
+    } rows[] = {
+        {"--cookie-file", options.cookieFile, "The file's first line is the value of a Cookie"},
+        {"--query-auth-file", options.queryAuthFile,
+         "The file's first line is added to the URL's query for the transfer only"},
+        {"--basic-auth-file", options.basicAuthFile, "The file's first line is user:password"},
+    };
+    for (const auto& [name, file, description] : rows) {
+        command.add_option(name, file, std::string(description) + "; - is standard input")
+            ->type_name("FILE");
+    }
+}
+
+// While the command line is parsed, because that is where it is to be mended.
+void checkFileName(const Options& options) {
+    if (options.url.empty() || !isFolder(options.path) || !fileNameOf(options.url).empty()) return;
+    throw CLI::ValidationError("URL", "It does not end with a file name; name one with --path.");
+}
+
+}  // namespace
+
+void addDownload(CLI::App& app, program::Body& chosen) {
+    const auto options = std::make_shared<Options>();
+    CLI::App* command = app.add_subcommand(
+        "download", "Download a URL, or go on with it, and show how far it is until it is there");
+    addUrl(*command, *options);
+    command
+        ->add_option("--path", options->path,
+                     "The file, or its folder. Without it, the end of the URL's path is the name "
+                     "of a file in the current folder")
+        ->type_name("PATH");
+    command->add_flag("--force", options->mayReplace, "Replace a file that is there");
+    addHowToDownload(*command, *options);
+    addSecrets(*command, *options);
+    command->add_flag("--detach", options->isDetached,
+                      "Do not watch; the client goes on by itself");
+    command->parse_complete_callback([options] { checkFileName(*options); });
+    setWork(*command, chosen, options, [options] { return download(*options); });
+}
+
+}  // namespace vnctl

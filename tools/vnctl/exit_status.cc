@@ -1,0 +1,75 @@
+// The exit statuses as one table: number, meaning, and the codes and the state that lead to it.
+#include "vnctl/exit_status.h"
+
+#include <algorithm>
+#include <array>
+
+#include "velnor/capi.h"
+
+namespace vnctl {
+namespace {
+
+constexpr int kFailed = 1;
+
+struct Kind {
+    int status;
+    const char* meaning;
+    std::array<uint32_t, 4> codes = {};  // what is not used is 0, which the first kind has
+    int32_t state = -1;
+};
+
+constexpr Kind kKinds[] = {
+    {.status = 0, .meaning = "done", .state = FILE_STATUS_COMPLETE},
+    {.status = kFailed, .meaning = "failed for a reason that is not listed here"},
+    {.status = 2, .meaning = "wrong command line"},
+    {.status = 3, .meaning = "the client does not run", .codes = {INSTALL_ERROR_NOTINSTALLED}},
+    {.status = 4,
+     .meaning = "network",
+     .codes = {INSTALL_ERROR_NETWORK, INSTALL_ERROR_CLIENT_NOTRESPONDING,
+               INSTALL_ERROR_DOWNLOAD_FAILURE}},
+    {.status = 5,
+     .meaning = "not found",
+     .codes = {INSTALL_ERROR_FILE_NOT_FOUND},
+     .state = FILE_STATUS_NOTFOUND},
+    {.status = 6, .meaning = "forbidden", .state = FILE_STATUS_FORBIDDEN},
+    {.status = 7,
+     .meaning = "disk",
+     .codes = {INSTALL_ERROR_DISK, INSTALL_ERROR_DISK_WRITE, INSTALL_ERROR_DISK_PATH_OPEN,
+               INSTALL_ERROR_FILE_ACCESS},
+     .state = FILE_STATUS_INSUFFICIENTDISKSPACE},
+    {.status = 8, .meaning = "already downloaded", .codes = {INSTALL_ERROR_ALREADY_DOWNLOADED}},
+    {.status = 9, .meaning = "too soon after the last time", .codes = {INSTALL_ERROR_THROTTLED}},
+    {.status = 10, .meaning = "the file is in use", .codes = {INSTALL_ERROR_FILEINUSE}},
+    {.status = 11, .meaning = "verification failed", .codes = {INSTALL_ERROR_VERIFICATION_FAILURE}},
+    {.status = 12, .meaning = "the download was paused", .state = FILE_STATUS_PAUSED},
+    {.status = kInterrupted, .meaning = "interrupted; a download goes on"},
+};
+
+template <class Matches>
+int firstStatus(const Matches& matches) {
+    const Kind* kind = std::find_if(std::begin(kKinds), std::end(kKinds), matches);
+    return kind != std::end(kKinds) ? kind->status : kFailed;
+}
+
+}  // namespace
+
+int exitStatusOfCode(uint32_t code) {
+    return firstStatus([code](const Kind& kind) {
+        return std::find(kind.codes.begin(), kind.codes.end(), code) != kind.codes.end();
+    });
+}
+
+int exitStatusOfState(int32_t state) {
+    return firstStatus([state](const Kind& kind) { return kind.state == state; });
+}
+
+std::string exitStatusHelp() {
+    std::string help = "Exit status:";
+    for (const Kind& kind : kKinds) {
+        const std::string number = std::to_string(kind.status);
+        help += "\n" + std::string(5 - number.size(), ' ') + number + "  " + kind.meaning;
+    }
+    return help;
+}
+
+}  // namespace vnctl
