@@ -2,10 +2,13 @@
 #   PRESET=debug|sanitizers   another build than release (CMakePresets.json)
 #   WERROR=ON                 compiler warnings are errors
 #   CMAKE_ARGS=-D...          more settings for the build, such as a deployment's
+#   PREFIX=FOLDER             "make install" puts it there, and not into /usr/local
+#   DESTDIR=FOLDER            in front of PREFIX, for what a package is made of
 #   FAIL=KIND                 "make run" fails: network, verification, configuration, disk, noanswer
 SHELL := /bin/bash
 .SHELLFLAGS := -o pipefail -ec
 PRESET ?= release
+PREFIX ?= /usr/local
 build := build/$(PRESET)
 jobs := $(shell nproc)
 # Many cases wait more than they compute.
@@ -16,20 +19,25 @@ ours := git ls-files --cached --others --exclude-standard --
 cxx_files = $(shell $(ours) '*.cc' '*.h' '*.c' '*.mm')
 checked_folders := src deploy tools sandbox
 shell_scripts = $(shell git grep --untracked -lE '^\#!.*\b(ba)?sh$$' -- ':!*.md' ':!*.cc')
+# A folder as an absolute path, or nothing.
+absolute = $(if $(1),"$$(realpath -ms -- '$(1)')")
+version := $(shell sed -n 's/^project.* VERSION \([0-9.]*\) .*/\1/p' CMakeLists.txt)
 # Without the commands, the counts of what is not ours, and the colours.
 clang_tidy_findings = sed -E -e '/^clang-tidy|warnings? generated\.$$/d' -e 's/\x1b\[[0-9;]*m//g' \
 	$(build)/clang-tidy.log
 
 .DEFAULT_GOAL := help
-.PHONY: help deps configure build rehearsal run rehearse test bench lint clean \
-	lint-format lint-c99 lint-shell lint-cppcheck lint-tidy
+.PHONY: help deps configure build package install docs rehearsal run rehearse test bench lint clean \
+	lint-format lint-header lint-docs lint-man lint-shell lint-cppcheck lint-tidy
 
 help:
 	@echo 'make run       let the installer install in a rehearsal world, and show what happened'
 	@echo 'make rehearse  let two applications install it and leave again, and check every step'
 	@echo 'make test      build and run the tests'
+	@echo 'make install   build and install vnctl, the maker'\''s tools and the client API library'
+	@echo 'make docs      the reference of the client API as web pages, in build/docs'
 	@echo 'make bench     build and run the benchmarks'
-	@echo 'make lint      format, static analysis, scripts, the public header'
+	@echo 'make lint      format, static analysis, scripts, the public header, documentation'
 	@echo 'make deps      install the Debian packages that are missing (packages.txt)'
 	@echo 'make clean     remove everything that was built'
 	@echo
@@ -44,6 +52,28 @@ configure: deps
 
 build: configure
 	@cmake --build --preset $(PRESET) --parallel $(jobs)
+
+package: configure
+	@cmake --build --preset $(PRESET) --parallel $(jobs) --target velnor_package
+
+# Root builds nothing in somebody else's folder, where that one could not build any more.
+install:
+	@if [[ -O Makefile ]]; then $(MAKE) --no-print-directory package; fi
+	@[[ -e $(build)/src/libvelnor-capi.so ]] || \
+		{ echo "Nothing is built. Run this as the owner of this folder: make package" >&2; exit 1; }
+	@DESTDIR=$(call absolute,$(DESTDIR)) cmake --install $(build) --prefix $(call absolute,$(PREFIX)) \
+		$(if $(filter release,$(PRESET)),--strip) | \
+		sed -nE 's/^-- (Installing|Up-to-date): /  /p'
+	@rm -f $(build)/install_manifest.txt
+	@! grep -q '^VELNOR_PUBLIC_KEY:STRING=$$' $(build)/CMakeCache.txt || \
+		echo 'It belongs to a demonstration deployment, with a key of its own: publish nothing with it.'
+	@[[ '$(DESTDIR)' || $$EUID -ne 0 || '$(PREFIX)' != /usr?(/local) ]] || \
+		echo 'So that programs find the library, run: ldconfig'
+
+docs: deps
+	@echo 'doxygen: build/docs/index.html'
+	@mkdir -p build/docs
+	@VERSION=$(version) doxygen docs/Doxyfile
 
 rehearsal: configure
 	@cmake --build --preset $(PRESET) --parallel $(jobs) --target sandbox_world installer vnctl \
@@ -62,15 +92,26 @@ bench: configure
 	@cmake --build --preset $(PRESET) --parallel $(jobs) --target sandbox_world velnor_bench
 	@sandbox/enter --build $(build) -- $(build)/bench/velnor_bench
 
-lint: lint-format lint-c99 lint-shell lint-cppcheck lint-tidy
+lint: lint-format lint-header lint-docs lint-man lint-shell lint-cppcheck lint-tidy
 
 lint-format: deps
 	@echo 'clang-format'
 	@clang-format --dry-run --Werror $(cxx_files)
 
-lint-c99: deps
-	@echo 'The public header as C99'
-	@gcc -std=c99 -pedantic -Wall -Wextra -Werror -fsyntax-only -x c include/velnor/capi.h
+lint-header: deps
+	@echo 'The public header as C99, C11, C++11 and C++20'
+	@for language in 'c -std=c99' 'c -std=c11' 'c++ -std=c++11' 'c++ -std=c++20'; do \
+		gcc -pedantic -Wall -Wextra -Werror -fsyntax-only -x $$language include/velnor/capi.h; \
+	done
+
+lint-docs: docs
+
+# groff's exit status says nothing about warnings.
+lint-man: deps
+	@echo 'groff'
+	@for page in docs/man/*.[1-9]; do \
+		groff -t -man -Tutf8 -ww -z "$$page" 2>&1 | { ! grep .; }; \
+	done
 
 lint-shell: deps
 	@echo 'shellcheck'
