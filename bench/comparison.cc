@@ -14,6 +14,7 @@ struct Pair {
     std::string name;
     std::string peerName;  // empty: a single figure
     Limit limit;
+    std::string unit;  // empty: a time
 };
 
 std::vector<Pair> g_pairs;
@@ -54,9 +55,11 @@ class Collector : public benchmark::BenchmarkReporter {
     bool failed = false;
 };
 
-std::string toTime(double seconds) {
+std::string toText(double seconds, const std::string& unit) {
     char text[32];
-    if (seconds < 1e-3) {
+    if (!unit.empty()) {
+        std::snprintf(text, sizeof text, "%.1f %s", seconds, unit.c_str());
+    } else if (seconds < 1e-3) {
         std::snprintf(text, sizeof text, "%.2f us", seconds * 1e6);
     } else {
         std::snprintf(text, sizeof text, "%.2f ms", seconds * 1e3);
@@ -87,8 +90,9 @@ std::string toText(const Limit& limit) {
 void printSingle(const Pair& single, Collector& collector) {
     const double value = collector.median(single.name + kOurs);
     const bool kept = value <= single.limit.value;
-    std::printf("%-44s %9.2f MiB %24s %8s  %7.1f MiB  %s\n", single.name.c_str(), value, "", "",
-                single.limit.value, kept ? "kept" : "missed");
+    std::printf("%-44s %13s %24s %8s  %11s  %s\n", single.name.c_str(),
+                toText(value, single.unit).c_str(), "", "",
+                toText(single.limit.value, single.unit).c_str(), kept ? "kept" : "missed");
 }
 
 void printPair(const Pair& pair, Collector& collector) {
@@ -96,9 +100,9 @@ void printPair(const Pair& pair, Collector& collector) {
     const double peer = collector.median(pair.name + kPeer);
     const bool kept = keeps(pair.limit, ours, peer);
     const bool limited = pair.limit.kind != Limit::Kind::None;
-    std::printf("%-44s %13s %13s %-10s %8.2f  %11s  %s\n", pair.name.c_str(), toTime(ours).c_str(),
-                toTime(peer).c_str(), pair.peerName.c_str(), peer > 0 ? ours / peer : 0,
-                toText(pair.limit).c_str(),
+    std::printf("%-44s %13s %13s %-10s %8.2f  %11s  %s\n", pair.name.c_str(),
+                toText(ours, pair.unit).c_str(), toText(peer, pair.unit).c_str(),
+                pair.peerName.c_str(), peer > 0 ? ours / peer : 0, toText(pair.limit).c_str(),
                 !limited ? ""
                 : kept   ? "kept"
                          : "missed");
@@ -118,12 +122,18 @@ void compare(const std::string& name, Body ours, const std::string& peerName, Bo
         manualTime ? added->UseManualTime() : added->UseRealTime();
         if (iterations > 0) added->Iterations(iterations);
     }
-    g_pairs.push_back({name, peerName, limit});
+    g_pairs.push_back({name, peerName, limit, ""});
 }
 
-void measureMiB(const std::string& name, Body body, double limit) {
+void compareKiB(const std::string& name, Body ours, const std::string& peerName, Body peer) {
+    add(name + kOurs, std::move(ours))->Iterations(1)->Repetitions(1);
+    add(name + kPeer, std::move(peer))->Iterations(1)->Repetitions(1);
+    g_pairs.push_back({name, peerName, {}, "KiB"});
+}
+
+void measure(const std::string& name, const std::string& unit, Body body, double limit) {
     add(name + kOurs, std::move(body))->Iterations(1)->Repetitions(3);
-    g_pairs.push_back({name, "", {Limit::Kind::None, limit}});
+    g_pairs.push_back({name, "", {Limit::Kind::None, limit}, unit});
 }
 
 bool runAndPrint() {

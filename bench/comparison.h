@@ -21,13 +21,15 @@ struct Limit {
 
 using Body = std::function<void(benchmark::State&)>;
 
-/// Registers both sides of a comparison; what they measure is time, unless a side sets the counter
-/// "value", which then counts in the given unit.
+/// Registers both sides of a comparison of times.
 void compare(const std::string& name, Body ours, const std::string& peerName, Body peer,
              Limit limit, bool manualTime = false, int iterations = 0);
 
-/// A figure with a limit and no peer, in MiB: the counter "value" of `body`.
-void measureMiB(const std::string& name, Body body, double limit);
+/// The same for sizes in KiB: the counter "value" of each side.
+void compareKiB(const std::string& name, Body ours, const std::string& peerName, Body peer);
+
+/// A figure with a limit and no peer, in `unit`: the counter "value" of `body`.
+void measure(const std::string& name, const std::string& unit, Body body, double limit);
 
 /// Runs everything that was registered and prints the table, in which a limit is "kept" or
 /// "missed". False when a side failed to do its work.

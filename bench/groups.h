@@ -10,6 +10,7 @@ void addMemory();
 void addInstallation();
 void addLogLine();
 void addJson();
+void addApiRequests();
 
 }  // namespace bench
 

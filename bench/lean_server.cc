@@ -49,8 +49,8 @@ void answer(int fd, const std::vector<ReadyReply>& replies) {
 
 }  // namespace
 
-int startLeanServer(std::vector<ReadyReply> replies, std::atomic<int>& connections) {
-    const int listener = sandbox::listenOnLoopback(0, SOMAXCONN);
+int startLeanServer(std::vector<ReadyReply> replies, std::atomic<int>& connections, int port) {
+    const int listener = sandbox::listenOnLoopback(port, SOMAXCONN);
     std::thread([listener, replies = std::move(replies), &connections] {
         const OnProcessor here(Processor::Servers);
         int fd = -1;

@@ -15,10 +15,10 @@ struct ReadyReply {
     bool closes;  // the connection, which is kept otherwise
 };
 
-/// Serves on a free port of 127.0.0.1, in a thread of its own on Processor::Servers, until the
-/// process ends: one connection at a time, and nothing beside `replies`. Counts in `connections`
-/// what it accepts. Returns the port.
-int startLeanServer(std::vector<ReadyReply> replies, std::atomic<int>& connections);
+/// Serves on 127.0.0.1, on a free port or the given one, in a thread of its own on
+/// Processor::Servers, until the process ends: one connection at a time, and nothing beside
+/// `replies`. Counts in `connections` what it accepts. Returns the port.
+int startLeanServer(std::vector<ReadyReply> replies, std::atomic<int>& connections, int port = 0);
 
 }  // namespace bench
 

@@ -27,5 +27,6 @@ int main(int argc, char** argv) {
     bench::addInstallation();
     bench::addLogLine();
     bench::addJson();
+    bench::addApiRequests();
     return bench::runAndPrint() ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -21,9 +21,10 @@ double growthBy(const std::string& client, const std::string& url, size_t size) 
 // Beyond what a download cannot do without: the body, and what came over the wire where that is
 // another one. What a process needs for a small body is taken off.
 void addEngine(size_t size, bool https, bool gzip) {
-    measureMiB(
+    measure(
         std::string("memory beyond the body, ") + (https ? "https" : "http") +
             (gzip ? " gzip " : " plain ") + std::to_string(size / kMiB) + " MiB",
+        "MiB",
         [=](benchmark::State& state) {
             for (auto _ : state) {
                 const double base = growthBy("engine", urlOf(kKiB, https, gzip), kKiB);
@@ -39,8 +40,8 @@ void addEngine(size_t size, bool https, bool gzip) {
 // twice its size, and 2 MiB.
 void addSocket(size_t size) {
     const double mib = double(size) / double(kMiB);
-    measureMiB(
-        "memory, plain HTTP client, until closed " + std::to_string(size / kMiB) + " MiB",
+    measure(
+        "memory, plain HTTP client, until closed " + std::to_string(size / kMiB) + " MiB", "MiB",
         [size](benchmark::State& state) {
             for (auto _ : state) {
                 state.counters["value"] =
