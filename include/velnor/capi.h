@@ -53,21 +53,21 @@ extern "C" {
 /** Reason of the last failure. The numbers are fixed: the client and the installer's message table
  *  depend on them. Codes 15 to 21 come with a detail text (InstallContext::errorDetail). */
 typedef enum InstallResult {
-    INSTALL_ERROR_OK = 0,
-    INSTALL_ERROR_INVALIDARGUMENT = 1,
-    INSTALL_ERROR_NOTINSTALLED = 2,
-    INSTALL_ERROR_INTERNAL = 3,
-    INSTALL_ERROR_INSUFFICIENTMEMORY = 4,
-    INSTALL_ERROR_NETWORK = 5,
-    INSTALL_ERROR_INI = 6,
-    INSTALL_ERROR_DISK = 7,
-    INSTALL_ERROR_PLATFORM = 8,
-    INSTALL_ERROR_START = 9,
-    INSTALL_ERROR_STOP = 10,
-    INSTALL_ERROR_JSON = 11,
-    INSTALL_ERROR_FILEINUSE = 12,
-    INSTALL_ERROR_FILE_NOT_FOUND = 13,
-    INSTALL_ERROR_CLIENT_NOTRESPONDING = 14,
+    INSTALL_ERROR_OK = 0,                    /**< success */
+    INSTALL_ERROR_INVALIDARGUMENT = 1,       /**< a bad argument, also in the client's eyes */
+    INSTALL_ERROR_NOTINSTALLED = 2,          /**< no client answers */
+    INSTALL_ERROR_INTERNAL = 3,              /**< anything that has no code of its own */
+    INSTALL_ERROR_INSUFFICIENTMEMORY = 4,    /**< no memory, or a reply too large or empty */
+    INSTALL_ERROR_NETWORK = 5,               /**< a connection failed or broke */
+    INSTALL_ERROR_INI = 6,                   /**< client.ini lacks something */
+    INSTALL_ERROR_DISK = 7,                  /**< a file could not be read or written */
+    INSTALL_ERROR_PLATFORM = 8,              /**< the launch agent could not be written */
+    INSTALL_ERROR_START = 9,                 /**< the client could not be started */
+    INSTALL_ERROR_STOP = 10,                 /**< the client could not be stopped */
+    INSTALL_ERROR_JSON = 11,                 /**< not used in this version */
+    INSTALL_ERROR_FILEINUSE = 12,            /**< the client says that the file is in use */
+    INSTALL_ERROR_FILE_NOT_FOUND = 13,       /**< the client does not know the download */
+    INSTALL_ERROR_CLIENT_NOTRESPONDING = 14, /**< the client was installed and never answered */
     INSTALL_ERROR_DOWNLOAD_FAILURE = 15,     /**< detail: the URL */
     INSTALL_ERROR_DISK_WRITE = 16,           /**< detail: the path */
     INSTALL_ERROR_INI_PATH_NOT_FOUND = 17,   /**< detail: the client.ini key */
@@ -75,24 +75,26 @@ typedef enum InstallResult {
     INSTALL_ERROR_DISK_PATH_OPEN = 19,       /**< detail: the path */
     INSTALL_ERROR_FILE_ACCESS = 20,          /**< detail: the path */
     INSTALL_ERROR_VERIFICATION_FAILURE = 21, /**< detail: the URL of the artifact */
-    INSTALL_ERROR_ALREADY_DOWNLOADED = 22,
-    INSTALL_ERROR_THROTTLED = 23,
-    INSTALL_ERROR_DOWNLOAD_RESET = 24
+    INSTALL_ERROR_ALREADY_DOWNLOADED = 22,   /**< the client says that the download is complete */
+    INSTALL_ERROR_THROTTLED = 23,            /**< periodic tasks ran a short while ago */
+    INSTALL_ERROR_DOWNLOAD_RESET = 24        /**< the client wants to begin the download anew */
 } InstallResult;
 
-/** State of one download, as the client reports it. */
+/** State of one download, as the client reports it. A download that is COMPLETE, PAUSED, NOTFOUND,
+ *  FORBIDDEN or INSUFFICIENTDISKSPACE stays so until somebody does something about it; all other
+ *  states pass. */
 typedef enum FileStatus {
-    FILE_STATUS_UNKNOWN = 0, /**< a state that this version of the library does not know */
-    FILE_STATUS_SEARCHING = 1,
-    FILE_STATUS_WAITING = 2,
-    FILE_STATUS_DOWNLOADING = 3,
-    FILE_STATUS_PAUSED = 4,
-    FILE_STATUS_COMPLETE = 5,
-    FILE_STATUS_INSUFFICIENTDISKSPACE = 6,
-    FILE_STATUS_DISCONNECTED = 7,
-    FILE_STATUS_NOTFOUND = 8,
-    FILE_STATUS_MOVING = 9, /**< complete, on its way to its path */
-    FILE_STATUS_FORBIDDEN = 10
+    FILE_STATUS_UNKNOWN = 0,     /**< one that this version of the library has no name for */
+    FILE_STATUS_SEARCHING = 1,   /**< looking for the file; the first state of most */
+    FILE_STATUS_WAITING = 2,     /**< on the list, not begun */
+    FILE_STATUS_DOWNLOADING = 3, /**< on its way */
+    FILE_STATUS_PAUSED = 4,      /**< stopped; vn_downloadFile() takes it up again */
+    FILE_STATUS_COMPLETE = 5,    /**< at its path */
+    FILE_STATUS_INSUFFICIENTDISKSPACE = 6, /**< no room for it */
+    FILE_STATUS_DISCONNECTED = 7,          /**< nobody to get it from; the client tries again */
+    FILE_STATUS_NOTFOUND = 8,              /**< the server does not have it */
+    FILE_STATUS_MOVING = 9,                /**< complete, on its way to its path */
+    FILE_STATUS_FORBIDDEN = 10             /**< the server does not give it */
 } FileStatus;
 
 /** @name The last error
@@ -192,19 +194,21 @@ int32_t vn_runPeriodicTasks(ApiHandle* handle, int32_t cid, uint32_t reserved);
 /** How to download. 80 bytes on a 64-bit system. Clear it before filling; every member is optional.
  *  What the client makes of a value is the client's affair. */
 typedef struct DownloadOptions {
-    uint32_t reserved0;               /**< not read */
-    uint32_t flags;                   /**< VN_DOWNLOAD_... or-ed together */
-    int32_t targetSpeed;              /**< in the client's unit; with VN_DOWNLOAD_TARGET_SPEED */
-    const char* path;                 /**< where the file is to be; the client wants it absolute. A
-                                           challenge of the client is written there, see
-                                           vn_downloadFile() */
-    uint32_t reserved1;               /**< not read */
-    const char* cookieString;         /**< value of a Cookie header */
-    const char* queryAuth;            /**< appended to the URL's query for the transfer only */
-    const char* basicAuthUser;        /**< with basicAuthPassword; alone it has no effect */
-    const char* basicAuthPassword;    /**< user, ":" and password have at most 189 bytes */
-    int32_t httpDelay;                /**< in the client's unit; with VN_DOWNLOAD_HTTP_DELAY */
-    uint32_t reserved2;               /**< not read */
+    uint32_t reserved0;            /**< not read */
+    uint32_t flags;                /**< VN_DOWNLOAD_... or-ed together */
+    int32_t targetSpeed;           /**< in the client's unit (the rehearsal's: bytes a second); with
+                                        VN_DOWNLOAD_TARGET_SPEED */
+    const char* path;              /**< where the file is to be, an absolute path; null: the
+                                        client chooses. A challenge is written there, see
+                                        vn_downloadFile() */
+    uint32_t reserved1;            /**< not read */
+    const char* cookieString;      /**< value of a Cookie header */
+    const char* queryAuth;         /**< appended to the URL's query for the transfer only */
+    const char* basicAuthUser;     /**< with basicAuthPassword; alone it has no effect */
+    const char* basicAuthPassword; /**< user, ":" and password have at most 189 bytes */
+    int32_t httpDelay;             /**< in the client's unit (the rehearsal's: seconds); with
+                                        VN_DOWNLOAD_HTTP_DELAY */
+    uint32_t reserved2;            /**< not read */
     int32_t keepPhysicalFileOnDelete; /**< for vn_deleteFile(): not 0 leaves the file on the disk */
 } DownloadOptions;
 
@@ -213,8 +217,11 @@ typedef struct DownloadOptions {
  *
  *  The client may first answer with a challenge: a text that the library writes into the file at
  *  DownloadOptions::path, truncating it. Then the request is repeated once. Without a path no
- * challenge is answered. When the client says that the download was reset, the request is made once
- * more with the order to begin anew, and what the client answers then counts.
+ *  challenge is answered. When the client says that the download was reset, the request is made
+ *  once more with the order to begin anew, and what the client answers then counts.
+ *
+ *  What becomes of a download that the client has already (taken up again, left alone, given other
+ *  options), is the client's affair.
  *
  *  @param handle   from vn_initialize().
  *  @param cid      the application's number.
@@ -222,13 +229,14 @@ typedef struct DownloadOptions {
  *                  for 1023 characters, about 800 of them for the URL and the options.
  *  @param options  null for none.
  *  @return 0, or -1 with code 1 (also: the client does not take the URL, or reported an error; user
- *          and password too long), 13 (file not found) or 22 (already completed). */
+ *          and password too long), 13 (the client has no such download, also after the request: it
+ *          was not accepted) or 22 (it is complete). */
 int32_t vn_downloadFile(ApiHandle* handle, int32_t cid, const char* url,
                         const DownloadOptions* options);
 
 /** State of one download, in the client's words and figures. 104 bytes on a 64-bit system. Clear it
- * before the first use
- *  (`FileAttributes file = {0}`): vn_getFileAttributes() releases what it finds in it. */
+ *  before the first use (`FileAttributes file = {0}`), because vn_getFileAttributes() releases what
+ *  it finds in it. */
 typedef struct FileAttributes {
     uint64_t reserved;    /**< cleared */
     int32_t cid;          /**< as given */
@@ -250,7 +258,9 @@ typedef struct FileAttributes {
  *  @code
  *  FileAttributes file = {0};
  *  while (vn_getFileAttributes(client, 42, url, &file, 0) == 0 &&
- *         file.status == FILE_STATUS_DOWNLOADING) {
+ *         file.status != FILE_STATUS_COMPLETE && file.status != FILE_STATUS_PAUSED &&
+ *         file.status != FILE_STATUS_NOTFOUND && file.status != FILE_STATUS_FORBIDDEN &&
+ *         file.status != FILE_STATUS_INSUFFICIENTDISKSPACE) {
  *      printf("%lld of %lld bytes\n", (long long)file.uniquerecv, (long long)file.size);
  *      sleep(1);
  *  }
@@ -281,8 +291,8 @@ int32_t vn_cleanFileAttributes(ApiHandle* handle, FileAttributes* attributes, ui
  *  @param url       as given to vn_downloadFile().
  *  @param reserved  0.
  *  @return 0, or -1 with code 1 (also: the client does not take the URL, or reported an error), 13
- *          (file not found; only when the client says it without a full stop, else 3) or 22 (it is
- *          complete). */
+ *          or 22 (it is complete). A client that does not know the download says so in words that
+ *          have no code here, so that is 3. */
 int32_t vn_pauseFile(ApiHandle* handle, int32_t cid, const char* url, uint32_t reserved);
 
 /** Ends a download and takes it off the client's list, and its file off the disk unless the options
@@ -358,9 +368,9 @@ int32_t vn_install(const char* appName, int32_t cid, const char* eula, InstallCo
  *  seconds of silence. A client that does not answer a ping is not told anything.
  *
  *  @param appName  the name that was given to vn_install(); mandatory.
- *  @param flags    0, or any other value for VN_UNINSTALL_KEEP_IDENTITY. With it, what is in a
- *                  folder "installer.txt" of the current directory is deleted; do not call it where
- *                  there is one.
+ *  @param flags    0 or VN_UNINSTALL_KEEP_IDENTITY, which any other value stands for as well. That
+ *                  one also deletes what is in a folder "installer.txt" of the current directory:
+ *                  do not give it where there is such a folder.
  *  @return 0, or -1 with code 1 (appName null), 3 (internal), 7 (the registry could not be
  *          rewritten and is as it was; the client keeps running) or 10 (the client could not be
  *          stopped). */

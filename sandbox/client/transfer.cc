@@ -154,9 +154,11 @@ class Transfer {
 
     /// With the reply's head, before its first byte: false when the reply is of no use.
     bool begin() {
-        const bool fits = status() == 206 && numberAt(header("Content-Range"), 6) == part_.size();
+        const std::string range = header("Content-Range");
+        const bool fits = status() == 206 && numberAt(range, 6) == part_.size();
+        const bool isWhole = status() == 200 && range.empty();
         if (!fits) part_.clear();
-        if (!fits && status() != 200) return false;
+        if (!fits && !isWhole) return false;
         curl_off_t rest = -1;
         curl_easy_getinfo(easy_.get(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &rest);
         if (rest > 0) part_.demandRoom(rest);

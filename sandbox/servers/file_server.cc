@@ -57,7 +57,9 @@ Request convert(const httplib::Request& from) {
 
 /// The body goes through a provider, because httplib compresses one that it is given as a text.
 void convert(const Reply& from, httplib::Response& to) {
-    to.status = from.status;
+    // The library makes it 200, or 206 when a range was asked for, of which it then sends the part.
+    constexpr int kChosenByLibrary = -1;
+    to.status = from.status == 200 ? kChosenByLibrary : from.status;
     std::string type;
     for (const auto& [name, value] : from.headers) {
         if (strcasecmp(name.c_str(), "Content-Type") == 0) {

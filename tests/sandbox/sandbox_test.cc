@@ -62,6 +62,8 @@ TEST(World, ServesAReleaseOverTrustedConnections) {
     EXPECT_EQ(run("curl -s " + kContent + "tool.tar.gz").output, "some bytes");
     EXPECT_EQ(run("curl -s " + kContent + "origin.example/a/tool.tar.gz").output, "some bytes");
     EXPECT_EQ(run("curl -s -o /dev/null -w '%{http_code}' " + kContent + "other").output, "404");
+    EXPECT_EQ(run("curl -s -r 5- -w ' %{http_code}' " + kContent + "tool.tar.gz").output,
+              "bytes 206");
     EXPECT_NE(harness::readFile("/tmp/log").find("GET /origin.example/a/tool.tar.gz 200 10\n"),
               std::string::npos);
 }
