@@ -145,8 +145,8 @@ int32_t vn_uninitialize(ApiHandle* handle, uint32_t reserved);
 typedef struct ClientAttributes {
     uint64_t reserved;          /**< neither read nor written */
     int32_t isonline;           /**< 1 or 0 */
-    int64_t sharerate;          /**< in the client's unit */
-    int64_t downloadrate;       /**< in the client's unit */
+    int64_t sharerate;          /**< in the client's unit (the rehearsal's: bytes a second) */
+    int64_t downloadrate;       /**< the same */
     int32_t version;            /**< as a number */
     int32_t acceptedeula;       /**< 1 or 0 */
     char* executableversion;    /**< null when the client does not say */

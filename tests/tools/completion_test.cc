@@ -79,6 +79,7 @@ TEST(VnctlCompletion, KnowsAllOptions) {
         Words inZsh = wordsOf(zshPartOf(subcommand), R"('(--[a-z0-9-]+)\[)");
         EXPECT_EQ(inZsh, options) << subcommand;
     }
+    EXPECT_EQ(offeredByBash("vnctl --"), optionsOf(""));
     harness::writeFile("/tmp/a file", "");
     EXPECT_EQ(offeredByBash("vnctl download --path \"/tmp/a fi\""), (Words{"/tmp/a", "file"}));
     EXPECT_EQ(offeredByBash("vnctl download --speed \"\""), Words{});

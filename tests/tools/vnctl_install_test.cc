@@ -79,8 +79,13 @@ TEST(VnctlInstall, RedrawsOneBarInPlaceOnATerminal) {
 
 TEST(VnctlUsage, IsExplainedAndDoesNothing) {
     const std::pair<std::string, const char*> rows[] = {
-        {"", "A subcommand is required"},
-        {"instal", "A subcommand is required"},
+        {"", "vnctl: A subcommand is required"},
+        {"instal", "vnctl: 'instal' was not expected"},
+        {"--verbose", "vnctl: '--verbose' was not expected"},
+        {"download http://h/x y", "vnctl: 'y' was not expected"},
+        {"download ftp://h/", "URL: It does not begin with http"},
+        {"download http://h/x --path ''", "--path: It is empty"},
+        {"download http://h/x --cookie-file - --query-auth-file -", "only once"},
         {"install --eula terms", "--eula requires --cid"},
         {"install --cid 1", "--cid requires --eula"},
         {"install --cid -1 --eula terms", "not in range 0 to 2147483647"},
@@ -98,6 +103,7 @@ TEST(VnctlUsage, IsExplainedAndDoesNothing) {
         EXPECT_NE(result.output.find(message), std::string::npos) << result.output;
     }
     EXPECT_FALSE(harness::exists(harness::kInstallPath));
+    EXPECT_TRUE(vnctl("--version").output.starts_with("vnctl 1."));
     EXPECT_NE(vnctl("install --help").output.find("Exit status: 0 done, 1 failed"),
               std::string::npos);
 }

@@ -41,6 +41,7 @@ TEST(VnctlRequests, ExitStatusTellsTheKindOfFailure) {
     const std::string host = "http://127.0.0.1:" + std::to_string(server.port());
     const std::string vastUrl = "http://127.0.0.1:" + std::to_string(vast.port()) + "/vast";
     EXPECT_EQ(vnctl("download " + host + "/letter").status, 0);
+    harness::run("cd /tmp/work; mkdir -m 500 locked; echo secret >s");
     const struct {
         const char* mode;
         std::string arguments;
@@ -51,12 +52,16 @@ TEST(VnctlRequests, ExitStatusTellsTheKindOfFailure) {
         {"", "download " + host + "/forbidden", 6, "Forbidden: "},
         {"", "download " + vastUrl, 7, "Insufficient Disk Space"},
         {"", "download " + host + "/x --path /nowhere/x", 7, "The folder /nowhere"},
-        {"", "download ftp://h/x", 1, "does not take the URL"},
-        {"", "download " + host + "/" + std::string(1000, 'x'), 1, "too long together"},
+        {"", "download " + host + "/x --path locked/x", 7, "could not go on: Permission denied"},
+        {"", "download " + host + "/x --path s", 7, "Choose another file"},
+        {"", "attributes ftp://h/x", 1, "does not take the URL"},
+        {"", "download " + host + "/" + std::string(1000, 'x'), 2, "URL is longer than 960"},
+        {"", "download " + host + "/x --path " + std::string(900, 'x'), 2, "too long together"},
         {"", "download " + host + "/", 2, "name one with --path"},
+        {"", "download " + host + "/x --basic-auth-file s", 2, "must be user:password"},
         {"", "attributes " + host + "/other", 5, "knows no such download"},
         {"", "pause " + host + "/other", 5, "knows no such download"},
-        {"", "pause " + host + "/letter", 8, "already downloaded"},
+        {"", "pause " + host + "/letter", 8, "There is nothing to pause"},
         {"", "delete " + host + "/other", 5, "knows no such download"},
         {"inuse 9", "delete " + host + "/letter", 10, "File In Use"},
         {"throttle", "run-tasks", 9, "throttled"},
@@ -112,7 +117,10 @@ TEST(VnctlRequests, AnswerInJSON) {
     for (const std::string& request :
          {std::string("run-tasks"), "delete --keep-file " + url,
           "download --wait --path kept " + url, "download --detach --path kept " + url}) {
-        EXPECT_EQ(textIn(answerTo(request), "result"), "ok") << request;
+        const Document answer = answerTo(request);
+        EXPECT_EQ(textIn(answer, "result"), "ok") << request;
+        const bool hasPath = request.starts_with("download");
+        EXPECT_EQ(textIn(answer, "path"), hasPath ? "/tmp/work/kept" : "") << request;
     }
     EXPECT_TRUE(harness::exists("/tmp/work/" + path));
 }

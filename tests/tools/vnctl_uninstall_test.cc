@@ -1,4 +1,4 @@
-// vnctl uninstall: what it says about what it found and left. The client does not run here.
+// vnctl uninstall: what it says about what it found and left.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -6,6 +6,7 @@
 
 #include "harness/files.h"
 #include "harness/shell.h"
+#include "tools/client_world.h"
 
 namespace {
 
@@ -67,12 +68,21 @@ TEST(VnctlUninstall, SaysWhatFailed) {
         "\nvnctl: The client was stopped, but not all of /Applications/Velnor could be deleted.\n"))
         << result.output;
 
+    std::filesystem::permissions(installed("locked"), std::filesystem::perms(0700));
+    {
+        const RunningClient withoutAgent;
+        result = uninstall("");
+        EXPECT_EQ(result.status, 1);
+        EXPECT_NE(result.output.find("still answers on port 9421"), std::string::npos);
+        EXPECT_FALSE(exists(installed("guid.ini")));
+    }
+
     harness::writeFile("/run/launchd/mode", "noisy");
     result = uninstall("");
     EXPECT_EQ(result.status, 1);
     EXPECT_NE(result.output.find("agent could not be unloaded"), std::string::npos);
 
-    std::filesystem::create_directory(installed("appregistry.dat"));
+    std::filesystem::create_directories(installed("appregistry.dat"));
     result = uninstall("");
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.output, "vnctl: Disk I/O Failure\n");

@@ -10,7 +10,7 @@ _vnctl_options() {
             echo --help --json --cid --path --force --speed --http-delay --background --origin-only \
                 --md5 --wait --detach --cookie-file --query-auth-file --basic-auth-file
             ;;
-        *) echo --help ;;
+        *) echo --help --version ;;
     esac
 }
 

@@ -5,7 +5,9 @@
 #include <cstdio>
 #include <exception>
 #include <iostream>
+#include <string>
 #include <system_error>
+#include <vector>
 
 namespace program {
 namespace {
@@ -20,6 +22,19 @@ void explainExitStatus(CLI::App& app) {
     for (CLI::App* command : app.get_subcommands(nullptr)) explainExitStatus(*command);
 }
 
+// An argument that nobody expects is told before what is missing: it may stand in its place.
+std::string complaint(const CLI::App& app, const CLI::ParseError& error) {
+    const std::vector<std::string> unexpected = app.remaining(true);
+    return unexpected.empty() ? error.what() : "'" + unexpected.front() + "' was not expected";
+}
+
+int stop(const char* name, const CLI::App& app, const CLI::ParseError& error) {
+    if (error.get_exit_code() == 0) return app.exit(error);  // --help and the like
+    std::cerr << name << ": " << complaint(app, error)
+              << "\nRun with --help for more information.\n";
+    return kWrongUsage;
+}
+
 }  // namespace
 
 int run(const char* name, const char* description, SetUp setUp, int argc, char** argv) try {
@@ -29,7 +44,7 @@ int run(const char* name, const char* description, SetUp setUp, int argc, char**
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? 0 : kWrongUsage;
+        return stop(name, app, error);
     }
     return body();
 } catch (const std::exception& error) {

@@ -15,8 +15,8 @@ using SetUp = Body (*)(CLI::App& app);
 
 /// Runs a program. Returns the exit status: the body's; 1 when anything throws, with the
 /// exception's message on standard error behind the program's name; 2 for a command line that is
-/// wrong, with advice; 0 for --help, to which the exit statuses are added unless it ends with a
-/// footer of its own.
+/// wrong, with the reason behind the name and advice; 0 for --help, to which the exit statuses are
+/// added unless it ends with a footer of its own.
 int run(const char* name, const char* description, SetUp setUp, int argc, char** argv);
 
 /// Flushes standard output. Throws std::system_error when something that was printed got lost.

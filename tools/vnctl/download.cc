@@ -1,4 +1,5 @@
 // vnctl download: asks for a download and watches it.
+#include <algorithm>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -22,6 +23,9 @@
 namespace vnctl {
 namespace {
 
+// Characters of a request that are left for texts when it holds every option.
+constexpr size_t kAlwaysFits = 799;
+
 struct Options : Request {
     std::string path;
     std::string cookieFile;
@@ -37,6 +41,12 @@ struct Secrets {
         if (!options.cookieFile.empty()) cookie = readSecret(options.cookieFile);
         if (!options.queryAuthFile.empty()) queryAuth = readSecret(options.queryAuthFile);
         if (!options.basicAuthFile.empty()) login = readLogin(options.basicAuthFile);
+    }
+
+    size_t sizeInRequest() const {
+        // User and password go there in Base64.
+        const size_t loginSize = (login.user.size() + login.password.size()) * 4 / 3;
+        return vnctl::sizeInRequest(cookie) + vnctl::sizeInRequest(queryAuth) + loginSize;
     }
 
     std::string cookie;
@@ -58,6 +68,10 @@ void start(const Client& client, const Options& options, const Secrets& secrets,
     }
     if (vn_downloadFile(client.handle(), client.cid(), options.url.c_str(), &download) == 0) return;
     const uint32_t code = vn_getLastError();
+    const size_t size = sizeInRequest(options.url) + sizeInRequest(path) + secrets.sizeInRequest();
+    if (code == INSTALL_ERROR_INTERNAL && size > kAlwaysFits) {
+        throw Failure(code, "URL, path and secrets are too long together.", kWrongUsage);
+    }
     if (code != INSTALL_ERROR_FILE_NOT_FOUND) throw failureOf(code);
     // It has not come onto the client's list.
     throw Failure(code, "The client does not accept the download. Perhaps it has another one for " +
@@ -87,19 +101,30 @@ const char* adviceFor(int32_t status) {
     }
 }
 
-int sayOutcome(const Options& options, const FileAttributes& file) {
+// Paused by nobody: the client has come to something that it cannot get over, such as a folder
+// that it may not write to. A download that somebody pauses while it is disconnected keeps the
+// error of that.
+bool isStuck(const FileAttributes& file, int32_t before) {
+    return file.status == FILE_STATUS_PAUSED && before != FILE_STATUS_DISCONNECTED &&
+           file.errorstring != nullptr && (file.error != 0 || file.suberror != 0);
+}
+
+int sayOutcome(const Options& options, const FileAttributes& file, bool isStuck) {
     const std::string state = vn_fileStatusToString(file.status);
     if (options.asJSON) {
         printRecord(file, true);
     } else if (file.status == FILE_STATUS_COMPLETE) {
         const std::string path = file.path != nullptr ? printable(file.path) : "";
         std::cout << state << ": " << path << ", " << humanSize(file.size) << std::endl;
+    } else if (isStuck) {
+        std::cerr << "vnctl: The client could not go on: " << printable(file.errorstring)
+                  << std::endl;
     } else {
         const std::string reason =
             file.errorstring != nullptr ? ": " + printable(file.errorstring) : "";
         std::cerr << "vnctl: " << state << reason << adviceFor(file.status) << std::endl;
     }
-    return exitStatusOfState(file.status);
+    return isStuck ? exitStatusOfCode(INSTALL_ERROR_DISK) : exitStatusOfState(file.status);
 }
 
 int download(const Options& options) {
@@ -109,12 +134,15 @@ int download(const Options& options) {
     const std::string path = chooseTarget(download, options.path, options.mayReplace);
     start(client, options, secrets, path);
     if ((options.download.flags & VN_DOWNLOAD_WAIT) != 0) {
-        return sayDone(options, "It is on the client's list. 'vnctl download' begins it.");
+        return sayDone(options, "It is on the client's list. 'vnctl download' begins it.",
+                       path.c_str());
     }
-    if (options.isDetached) return sayDone(options, "The client downloads " + printable(path));
+    if (options.isDetached) {
+        return sayDone(options, "The client downloads " + printable(path), path.c_str());
+    }
     explainInterrupt(interruptMessage(options));
-    follow(download, options.asJSON);
-    return sayOutcome(options, download.record());
+    const int32_t before = follow(download, options.asJSON);
+    return sayOutcome(options, download.record(), isStuck(download.record(), before));
 }
 
 void addFlag(CLI::App& command, Options& options, const char* name, uint32_t flag,
@@ -152,6 +180,8 @@ void addHowToDownload(CLI::App& command, Options& options) {
             "Put it on the client's list, do not begin yet");
 }
 
+std::string notEmpty(const std::string& path) { return path.empty() ? "It is empty." : ""; }
+
 void addSecrets(CLI::App& command, Options& options) {
     const struct {
         const char* name;
@@ -165,14 +195,24 @@ void addSecrets(CLI::App& command, Options& options) {
     };
     for (const auto& [name, file, description] : rows) {
         command.add_option(name, file, std::string(description) + "; - is standard input")
-            ->type_name("FILE");
+            ->type_name("FILE")
+            ->check(notEmpty);
     }
 }
 
-// While the command line is parsed, because that is where it is to be mended.
-void checkFileName(const Options& options) {
-    if (options.url.empty() || !isFolder(options.path) || !fileNameOf(options.url).empty()) return;
+void checkUrl(const Options& options) {
+    if (options.url.empty()) return;  // which is complained about elsewhere
+    if (!isWebUrl(options.url)) {
+        throw CLI::ValidationError("URL", "It does not begin with http:// or https://.");
+    }
+    if (!isFolder(options.path) || !fileNameOf(options.url).empty()) return;
     throw CLI::ValidationError("URL", "It does not end with a file name; name one with --path.");
+}
+
+void checkStandardInput(const Options& options) {
+    const auto files = {options.cookieFile, options.queryAuthFile, options.basicAuthFile};
+    if (std::count(files.begin(), files.end(), "-") <= 1) return;
+    throw CLI::ValidationError("Standard input can be read only once.");
 }
 
 }  // namespace
@@ -186,13 +226,18 @@ void addDownload(CLI::App& app, program::Body& chosen) {
         ->add_option("--path", options->path,
                      "The file, or its folder. Without it, the end of the URL's path is the name "
                      "of a file in the current folder")
-        ->type_name("PATH");
+        ->type_name("PATH")
+        ->check(notEmpty);
     command->add_flag("--force", options->mayReplace, "Replace a file that is there");
     addHowToDownload(*command, *options);
     addSecrets(*command, *options);
     command->add_flag("--detach", options->isDetached,
                       "Do not watch; the client goes on by itself");
-    command->parse_complete_callback([options] { checkFileName(*options); });
+    // While the command line is parsed, because that is where it is to be mended.
+    command->parse_complete_callback([options] {
+        checkUrl(*options);
+        checkStandardInput(*options);
+    });
     setWork(*command, chosen, options, [options] { return download(*options); });
 }
 

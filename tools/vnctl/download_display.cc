@@ -61,8 +61,11 @@ void DownloadDisplay::show(const FileAttributes& file) {
     lastTime_ = Clock::now();
 }
 
-// Lines that nobody wipes out are few: new states, tens of percents, and a sign of life.
+// Lines that nobody wipes out are few: new states, tens of percents, and a sign of life. What a
+// complete download has to tell comes with the outcome.
 bool DownloadDisplay::isNews(const FileAttributes& file, unsigned percentage) const {
+    if (file.status == FILE_STATUS_COMPLETE) return false;
+    if (file.status == FILE_STATUS_DISCONNECTED) return file.status != lastStatus_;
     return file.status != lastStatus_ || percentage / 10 != lastPercentage_ / 10 ||
            Clock::now() - lastTime_ >= kLongestSilence;
 }

@@ -44,10 +44,9 @@ std::string chooseTarget(Download& download, const std::string& path, bool mayRe
     const bool isOurs = isSameFile(known.path, target);
     if (isOurs && isDone(known)) throw failureOf(INSTALL_ERROR_ALREADY_DOWNLOADED);
     if (isOurs || mayReplace) return target;
-    throw Failure(INSTALL_ERROR_INVALIDARGUMENT,
-                  printable(target) +
-                      " exists. Choose another file with --path, or let it be "
-                      "replaced with --force.");
+    throw Failure(INSTALL_ERROR_DISK, printable(target) +
+                                          " exists. Choose another file with --path, or let it be "
+                                          "replaced with --force.");
 }
 
 }  // namespace vnctl

@@ -1,8 +1,10 @@
-// The exit statuses as one table: number, meaning, and the codes and the state that lead to it.
+// The exit statuses as one table: number, meaning, the codes and the state that lead to it, and the
+// subcommands that end with it.
 #include "vnctl/exit_status.h"
 
 #include <algorithm>
 #include <array>
+#include <string_view>
 
 #include "velnor/capi.h"
 
@@ -16,12 +18,13 @@ struct Kind {
     const char* meaning;
     std::array<uint32_t, 4> codes = {};  // what is not used is 0, which the first kind has
     int32_t state = -1;
+    std::string_view subcommands = {};  // empty for all
 };
 
 constexpr Kind kKinds[] = {
     {.status = 0, .meaning = "done", .state = FILE_STATUS_COMPLETE},
     {.status = kFailed, .meaning = "failed for a reason that is not listed here"},
-    {.status = 2, .meaning = "wrong command line"},
+    {.status = kWrongUsage, .meaning = "wrong command line"},
     {.status = 3, .meaning = "the client does not run", .codes = {INSTALL_ERROR_NOTINSTALLED}},
     {.status = 4,
      .meaning = "network",
@@ -30,19 +33,37 @@ constexpr Kind kKinds[] = {
     {.status = 5,
      .meaning = "not found",
      .codes = {INSTALL_ERROR_FILE_NOT_FOUND},
-     .state = FILE_STATUS_NOTFOUND},
-    {.status = 6, .meaning = "forbidden", .state = FILE_STATUS_FORBIDDEN},
+     .state = FILE_STATUS_NOTFOUND,
+     .subcommands = "download attributes pause delete"},
+    {.status = 6,
+     .meaning = "forbidden",
+     .state = FILE_STATUS_FORBIDDEN,
+     .subcommands = "download"},
     {.status = 7,
-     .meaning = "disk",
+     .meaning = "disk, or the client could not go on",
      .codes = {INSTALL_ERROR_DISK, INSTALL_ERROR_DISK_WRITE, INSTALL_ERROR_DISK_PATH_OPEN,
                INSTALL_ERROR_FILE_ACCESS},
-     .state = FILE_STATUS_INSUFFICIENTDISKSPACE},
-    {.status = 8, .meaning = "already downloaded", .codes = {INSTALL_ERROR_ALREADY_DOWNLOADED}},
-    {.status = 9, .meaning = "too soon after the last time", .codes = {INSTALL_ERROR_THROTTLED}},
-    {.status = 10, .meaning = "the file is in use", .codes = {INSTALL_ERROR_FILEINUSE}},
-    {.status = 11, .meaning = "verification failed", .codes = {INSTALL_ERROR_VERIFICATION_FAILURE}},
-    {.status = 12, .meaning = "the download was paused", .state = FILE_STATUS_PAUSED},
-    {.status = kInterrupted, .meaning = "interrupted; a download goes on"},
+     .state = FILE_STATUS_INSUFFICIENTDISKSPACE,
+     .subcommands = "download delete"},
+    {.status = 8,
+     .meaning = "already downloaded",
+     .codes = {INSTALL_ERROR_ALREADY_DOWNLOADED},
+     .subcommands = "download pause"},
+    {.status = 9,
+     .meaning = "too soon after the last time",
+     .codes = {INSTALL_ERROR_THROTTLED},
+     .subcommands = "run-tasks"},
+    {.status = 10,
+     .meaning = "the file is in use",
+     .codes = {INSTALL_ERROR_FILEINUSE},
+     .subcommands = "delete"},
+    {.status = 12,
+     .meaning = "the download was paused",
+     .state = FILE_STATUS_PAUSED,
+     .subcommands = "download"},
+    {.status = kInterrupted,
+     .meaning = "interrupted; the download goes on",
+     .subcommands = "download"},
 };
 
 template <class Matches>
@@ -63,9 +84,11 @@ int exitStatusOfState(int32_t state) {
     return firstStatus([state](const Kind& kind) { return kind.state == state; });
 }
 
-std::string exitStatusHelp() {
+std::string exitStatusHelp(const std::string& subcommand) {
     std::string help = "Exit status:";
     for (const Kind& kind : kKinds) {
+        const bool isOfAll = kind.subcommands.empty();
+        if (!isOfAll && kind.subcommands.find(subcommand) == std::string_view::npos) continue;
         const std::string number = std::to_string(kind.status);
         help += "\n" + std::string(5 - number.size(), ' ') + number + "  " + kind.meaning;
     }

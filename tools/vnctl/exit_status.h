@@ -7,6 +7,9 @@
 
 namespace vnctl {
 
+/// For what the caller has to mend, on the command line or in a file that it names.
+inline constexpr int kWrongUsage = 2;
+
 /// After SIGINT, as shells count it.
 inline constexpr int kInterrupted = 130;
 
@@ -16,8 +19,8 @@ int exitStatusOfCode(uint32_t code);
 /// The exit status of a download that has come to rest in this FileStatus.
 int exitStatusOfState(int32_t state);
 
-/// All of them, a line each, for --help.
-std::string exitStatusHelp();
+/// Those that the subcommand can end with, a line each, for --help.
+std::string exitStatusHelp(const std::string& subcommand);
 
 }  // namespace vnctl
 

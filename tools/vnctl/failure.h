@@ -6,18 +6,25 @@
 #include <stdexcept>
 #include <string>
 
+#include "vnctl/exit_status.h"
+
 namespace vnctl {
 
-/// A message for the person at the terminal, and the InstallResult that scripts and the exit
-/// status go by.
+/// A message for the person at the terminal, and for scripts an InstallResult and the exit status,
+/// which follows from it unless it is given.
 class Failure : public std::runtime_error {
   public:
-    Failure(uint32_t code, const std::string& message) : std::runtime_error(message), code_(code) {}
+    Failure(uint32_t code, const std::string& message)
+        : Failure(code, message, exitStatusOfCode(code)) {}
+    Failure(uint32_t code, const std::string& message, int status)
+        : std::runtime_error(message), code_(code), status_(status) {}
 
     uint32_t code() const { return code_; }
+    int status() const { return status_; }
 
   private:
     uint32_t code_;
+    int status_;
 };
 
 /// The failure that `code` of the library stands for, with what to do next where that is known.

@@ -67,12 +67,12 @@ class Screen {
 
 }  // namespace
 
-void follow(Download& download, bool isQuiet) {
+int32_t follow(Download& download, bool isQuiet) {
     Screen screen(isQuiet);
-    for (;;) {
+    for (int32_t before = FILE_STATUS_UNKNOWN;; before = download.record().status) {
         askPatiently(download);
         screen.show(download.record());
-        if (isAtRest(download.record().status)) return;
+        if (isAtRest(download.record().status)) return before;
         std::this_thread::sleep_for(kPause);
     }
 }

@@ -8,8 +8,9 @@ namespace vnctl {
 
 /// Asks the client about the download four times a second, and shows each answer unless told to be
 /// quiet, until the download is complete, paused or has failed. A client that goes away is given
-/// time to come back. Throws Failure when it does not, or no longer knows the download.
-void follow(Download& download, bool isQuiet);
+/// time to come back. Returns the FileStatus before the last. Throws Failure when the client does
+/// not come back, or no longer knows the download.
+int32_t follow(Download& download, bool isQuiet);
 
 }  // namespace vnctl
 

@@ -5,6 +5,7 @@
 #include "vnctl/commands.h"
 #include "vnctl/failure.h"
 #include "vnctl/request.h"
+#include "vnctl/result_text.h"
 
 namespace vnctl {
 namespace {
@@ -16,6 +17,9 @@ int pause(const Request& request) {
         // The client's words for a download that it does not know are not always understood here,
         // but those for its state are.
         if (code == INSTALL_ERROR_INTERNAL) Download(client, request.url).askOrThrow();
+        if (code == INSTALL_ERROR_ALREADY_DOWNLOADED) {
+            throw Failure(code, resultText(code, "") + ". There is nothing to pause.");
+        }
         throw failureOf(code);
     }
     return sayDone(request, "The download is paused. 'vnctl download' takes it up again.");

@@ -50,8 +50,9 @@ void printRecord(const ClientAttributes& client, bool asJSON) {
     record.number("version", "Version", client.version);
     record.text("executableversion", "Executable", client.executableversion);
     record.text("configurationversion", "Configuration", client.configurationversion);
-    record.number("downloadrate", "Download rate", client.downloadrate);
-    record.number("sharerate", "Share rate", client.sharerate);
+    record.number("downloadrate", "Download rate", client.downloadrate,
+                  humanRate(client.downloadrate));
+    record.number("sharerate", "Share rate", client.sharerate, humanRate(client.sharerate));
     record.truth("acceptedeula", "EULA accepted", client.acceptedeula != 0);
     record.text("guid", "GUID", client.guid);
     record.print(asJSON);

@@ -28,8 +28,12 @@ void addUrl(CLI::App& command, Request& request);
 void setWork(CLI::App& command, program::Body& chosen, const std::shared_ptr<Request>& request,
              std::function<int()> work);
 
-/// Says that all went well: `message`, or {"result":"ok"}. Returns the exit status 0.
-int sayDone(const Request& request, const std::string& message);
+/// How many characters of a request `text` takes, which goes there percent-encoded.
+size_t sizeInRequest(const std::string& text);
+
+/// Says that all went well: `message`, or {"result":"ok"}, with "path" unless that is null. Returns
+/// the exit status 0.
+int sayDone(const Request& request, const std::string& message, const char* path = nullptr);
 
 /// A range of numbers from 0 up, for an option's check, without words of its own in the help.
 CLI::Validator notNegative();

@@ -25,6 +25,11 @@ void warnWhenOthersCanRead(const std::string& path) {
               << std::endl;
 }
 
+Failure malformed(const std::string& path, const std::string& whatIsWrong) {
+    return {INSTALL_ERROR_INVALIDARGUMENT, "The first line of " + path + " " + whatIsWrong,
+            kWrongUsage};
+}
+
 std::string firstLine(std::istream& stream, const std::string& path) {
     // More would not fit into a request.
     std::array<char, 1024> line{};
@@ -34,7 +39,7 @@ std::string firstLine(std::istream& stream, const std::string& path) {
         throw Failure(INSTALL_ERROR_DISK, "Cannot read " + path + ": " + std::strerror(errno));
     }
     if (stream.fail() && !stream.eof()) {
-        throw Failure(INSTALL_ERROR_INVALIDARGUMENT, "The first line of " + path + " is too long.");
+        throw malformed(path, "is too long.");
     }
     std::string text = line.data();
     if (text.ends_with('\r')) text.pop_back();
@@ -56,16 +61,15 @@ std::string readFirstLine(const std::string& path) {
 std::string readSecret(const std::string& path) {
     std::string secret = readFirstLine(path);
     if (!secret.empty()) return secret;
-    throw Failure(INSTALL_ERROR_INVALIDARGUMENT, "The first line of " + path + " is empty.");
+    throw malformed(path, "is empty.");
 }
 
 Login readLogin(const std::string& path) {
     const std::string line = readSecret(path);
     const size_t colon = line.find(':');
     if (colon == std::string::npos || line.size() > kLongestLogin) {
-        throw Failure(INSTALL_ERROR_INVALIDARGUMENT, "The first line of " + path +
-                                                         " must be user:password, of at most " +
-                                                         std::to_string(kLongestLogin) + " bytes.");
+        throw malformed(
+            path, "must be user:password, of at most " + std::to_string(kLongestLogin) + " bytes.");
     }
     return {line.substr(0, colon), line.substr(colon + 1)};
 }

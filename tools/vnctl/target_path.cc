@@ -1,5 +1,7 @@
-// Names from URLs, and absolute paths.
+// Looking at URLs, and absolute paths.
 #include "vnctl/target_path.h"
+
+#include <strings.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -39,6 +41,11 @@ bool isFileName(const std::string& name) {
 }
 
 }  // namespace
+
+bool isWebUrl(const std::string& url) {
+    return strncasecmp(url.c_str(), "http://", 7) == 0 ||
+           strncasecmp(url.c_str(), "https://", 8) == 0;
+}
 
 std::string fileNameOf(const std::string& url) {
     const std::string plain = url.substr(0, url.find_first_of("?#"));

@@ -6,6 +6,9 @@
 
 namespace vnctl {
 
+/// True for what begins with "http://" or "https://", in any case of letters.
+bool isWebUrl(const std::string& url);
+
 /// The last segment of the URL's path as the name of a file, decoded where that gives a name; empty
 /// when there is none.
 std::string fileNameOf(const std::string& url);

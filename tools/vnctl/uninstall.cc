@@ -1,10 +1,12 @@
 // vnctl uninstall: takes an application off the client, and says what became of the client.
 #include <array>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <memory>
 #include <string>
+#include <thread>
 
 #include "detect/euc_utils.h"
 #include "support/paths.h"
@@ -44,6 +46,23 @@ Installation look() {
     return found;
 }
 
+bool clientAnswers() {
+    ApiHandle* client = nullptr;
+    if (vn_initialize("vnctl/" VNCTL_VERSION, &client) != 0) return false;
+    vn_uninitialize(client, 0);
+    return true;
+}
+
+// One that was told to stop may take a moment.
+bool clientStays() {
+    constexpr int kLooks = 10;
+    for (int look = 1; clientAnswers(); ++look) {
+        if (look == kLooks) return true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
+    return false;
+}
+
 int fail(const std::string& message) {
     std::cerr << "vnctl: " << message << std::endl;
     return 1;
@@ -56,16 +75,20 @@ int sayOutcome(const Options& options, const Installation& before, const Install
                   << " The client stays for the applications that are registered." << std::endl;
     } else if (after.isLoaded) {
         return fail("The client's launch agent could not be unloaded; the client may still run.");
+    } else if (after.exists && !options.keepIdentity) {
+        return fail("The client was stopped, but not all of " + installPath() +
+                    " could be deleted.");
+    } else if (clientStays()) {
+        return fail(
+            "Something still answers on port 9421: a client that was not started by its "
+            "launch agent.");
     } else if (!before.exists) {
         std::cout << "Nothing was installed in " << installPath() << '.' << std::endl;
     } else if (!after.exists) {
         std::cout << "The client was removed." << std::endl;
-    } else if (options.keepIdentity) {
+    } else {
         std::cout << "The client was stopped and does not start again; its files stay in "
                   << installPath() << '.' << std::endl;
-    } else {
-        return fail("The client was stopped, but not all of " + installPath() +
-                    " could be deleted.");
     }
     return 0;
 }
