@@ -144,7 +144,7 @@ void addApiRequests() {
     addRequests("vn_getFileAttributes, two processors", Processor::Other);
     compare("library, load and first reply", load("velnor '" CAPI_LIBRARY "'"), "libcurl",
             load("libcurl libcurl.so.4"), {}, true, 5);
-    compareKiB("library, loaded size", size("'" CAPI_LIBRARY "'"), "libcurl",
+    compareKiB("library alone, loaded size", size("'" CAPI_LIBRARY "'"), "libcurl",
                size("/usr/lib/*/libcurl.so.4"));
     measure(
         "vn_getFileAttributes, allocated", "KiB",

@@ -17,7 +17,8 @@ using velnor::OwnedText;
 
 // The layout is known to programs that are already built.
 static_assert(sizeof(void*) != 8 ||
-              (sizeof(ClientAttributes) == 64 && offsetof(ClientAttributes, isonline) == 8 &&
+              (sizeof(ClientAttributes) == 64 && offsetof(ClientAttributes, reserved) == 0 &&
+               offsetof(ClientAttributes, isonline) == 8 &&
                offsetof(ClientAttributes, sharerate) == 16 &&
                offsetof(ClientAttributes, downloadrate) == 24 &&
                offsetof(ClientAttributes, version) == 32 &&

@@ -16,16 +16,16 @@ using velnor::OwnedText;
 using velnor::RequestPath;
 
 // The layout is known to programs that are already built.
-static_assert(sizeof(void*) != 8 ||
-              (sizeof(DownloadOptions) == 80 && offsetof(DownloadOptions, flags) == 4 &&
-               offsetof(DownloadOptions, targetSpeed) == 8 &&
-               offsetof(DownloadOptions, path) == 16 &&
-               offsetof(DownloadOptions, cookieString) == 32 &&
-               offsetof(DownloadOptions, queryAuth) == 40 &&
-               offsetof(DownloadOptions, basicAuthUser) == 48 &&
-               offsetof(DownloadOptions, basicAuthPassword) == 56 &&
-               offsetof(DownloadOptions, httpDelay) == 64 &&
-               offsetof(DownloadOptions, keepPhysicalFileOnDelete) == 72));
+static_assert(
+    sizeof(void*) != 8 ||
+    (sizeof(DownloadOptions) == 80 && offsetof(DownloadOptions, reserved0) == 0 &&
+     offsetof(DownloadOptions, flags) == 4 && offsetof(DownloadOptions, reserved1) == 24 &&
+     offsetof(DownloadOptions, reserved2) == 68 && offsetof(DownloadOptions, targetSpeed) == 8 &&
+     offsetof(DownloadOptions, path) == 16 && offsetof(DownloadOptions, cookieString) == 32 &&
+     offsetof(DownloadOptions, queryAuth) == 40 && offsetof(DownloadOptions, basicAuthUser) == 48 &&
+     offsetof(DownloadOptions, basicAuthPassword) == 56 &&
+     offsetof(DownloadOptions, httpDelay) == 64 &&
+     offsetof(DownloadOptions, keepPhysicalFileOnDelete) == 72));
 
 namespace {
 

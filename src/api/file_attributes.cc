@@ -18,10 +18,10 @@ using velnor::OwnedText;
 
 // The layout is known to programs that are already built.
 static_assert(sizeof(void*) != 8 ||
-              (sizeof(FileAttributes) == 104 && offsetof(FileAttributes, cid) == 8 &&
-               offsetof(FileAttributes, url) == 16 && offsetof(FileAttributes, status) == 24 &&
-               offsetof(FileAttributes, path) == 32 && offsetof(FileAttributes, size) == 40 &&
-               offsetof(FileAttributes, uniquerecv) == 48 &&
+              (sizeof(FileAttributes) == 104 && offsetof(FileAttributes, reserved) == 0 &&
+               offsetof(FileAttributes, cid) == 8 && offsetof(FileAttributes, url) == 16 &&
+               offsetof(FileAttributes, status) == 24 && offsetof(FileAttributes, path) == 32 &&
+               offsetof(FileAttributes, size) == 40 && offsetof(FileAttributes, uniquerecv) == 48 &&
                offsetof(FileAttributes, progress) == 56 &&
                offsetof(FileAttributes, downloadrate) == 64 &&
                offsetof(FileAttributes, errorstring) == 72 &&

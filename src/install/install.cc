@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 
 #include <array>
+#include <cstddef>
 #include <cstring>
 
 #include "api/last_error.h"
@@ -27,7 +28,10 @@
 using velnor::OwnedText;
 using velnor::setDetailError;
 
-static_assert(sizeof(void*) != 8 || sizeof(InstallContext) == 48);
+static_assert(sizeof(void*) != 8 ||
+              (sizeof(InstallContext) == 48 && offsetof(InstallContext, progress) == 8 &&
+               offsetof(InstallContext, errorDetail) == 16 &&
+               offsetof(InstallContext, reserved) == 24));
 
 namespace {
 

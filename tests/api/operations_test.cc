@@ -1,6 +1,7 @@
 // Every operation: its requests as they go over the wire, its arguments, and what it makes of every
 // kind of reply.
 #include <cstring>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -95,6 +96,9 @@ TEST(Operation, AsksExactlyThis) {
         EXPECT_EQ(outcome(operation.call(handle, 7, kUrl, 0)), 0U) << operation.name;
         expected.insert(expected.end(), operation.paths.begin(), operation.paths.end());
         EXPECT_EQ(client.paths(), expected);
+        EXPECT_EQ(client.head(), "GET /api?function=" + expected.back() +
+                                     " HTTP/1.0\r\nHost: localhost\r\nUser-Agent: Test/1.0\r\n"
+                                     "Connection: keep-alive\r\n\r\n");
     }
     DownloadOptions keeping{};
     keeping.keepPhysicalFileOnDelete = 2;
@@ -181,6 +185,17 @@ TEST(Operation, MakesThisOfEachReply) {
             EXPECT_EQ(outcome(kOperations[i].call(handle, 7, kUrl, 0)), codes[i])
                 << kOperations[i].name << ": " << row.body;
         }
+    }
+}
+
+TEST(Operation, FailsWithoutAClient) {
+    auto client = std::make_unique<ScriptedClient>(kWilling);
+    for (const Operation& operation : kOperations) {
+        if (!client) client = std::make_unique<ScriptedClient>(kWilling);
+        const Handle handle;
+        client.reset();
+        EXPECT_EQ(outcome(operation.call(handle, 7, kUrl, 0)), INSTALL_ERROR_NOTINSTALLED)
+            << operation.name;
     }
 }
 

@@ -1,5 +1,6 @@
 // What ends up in the records, and whose it is.
 #include <cstring>
+#include <filesystem>
 #include <string>
 
 #include "api/client.h"
@@ -54,7 +55,7 @@ TEST(ClientAttributes, HoldWhatTheClientAndTheInstallationSay) {
         {{"getClientAttributes",
           {R"({"isonline":true,"sharerate":11,"downloadrate":22,"version":4294967297,
 "acceptedeula":true,"executableversion":"1.6.5","configurationversion":"c"})",
-           R"({"isonline":true,"acceptedeula":false})",
+           R"({"isonline":true,"acceptedeula":false})", "{}",
            R"({"isonline":True,"acceptedeula":true,"downloadrate":3,"version":7})", ""}}});
     const Handle handle;
     harness::makeInstallDirectory();
@@ -78,7 +79,10 @@ TEST(ClientAttributes, HoldWhatTheClientAndTheInstallationSay) {
     EXPECT_EQ(attributes.executableversion, nullptr);
     EXPECT_EQ(attributes.guid, kGuid);
 
-    std::remove(harness::installed("guid.ini").c_str());
+    std::filesystem::permissions(harness::installed("guid.ini"), std::filesystem::perms::none);
+    EXPECT_EQ(outcome(vn_getAttributes(handle, 0, &attributes, 0)), 0U) << "also unreadable";
+    EXPECT_EQ(attributes.guid, nullptr);
+    std::filesystem::remove(harness::installed("guid.ini"));
     EXPECT_EQ(outcome(vn_getAttributes(handle, 0, &attributes, 0)), 0U) << "also without it";
     EXPECT_EQ(attributes.isonline, 0);
     EXPECT_EQ(attributes.version, 7);

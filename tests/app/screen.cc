@@ -54,14 +54,19 @@ std::string Screen::pixels(const std::string& window) {
 
 void Screen::press(const std::string& what) { EXPECT_EQ(run("xdotool " + what).status, 0) << what; }
 
-Application::Application(const std::string& program) : pid_(fork()) {
+Application::Application(const std::string& program, std::vector<std::string> arguments)
+    : pid_(fork()) {
     if (pid_ != 0) return;
+    arguments.insert(arguments.begin(), program);
+    std::vector<char*> words;
+    for (std::string& argument : arguments) words.push_back(argument.data());
+    words.push_back(nullptr);
     const int output = open("/tmp/said", O_WRONLY | O_CREAT | O_TRUNC | O_APPEND, 0600);
     dup2(output, STDOUT_FILENO);
     dup2(output, STDERR_FILENO);
     // Classes of Objective-C are never released (sanitizer_options.cc).
     setenv("LSAN_OPTIONS", "detect_leaks=0", 1);
-    execl(program.c_str(), program.c_str(), static_cast<char*>(nullptr));
+    execv(program.c_str(), words.data());
     _exit(127);
 }
 

@@ -34,7 +34,8 @@ class Screen {
 /// The installer application, started at once.
 class Application {
   public:
-    explicit Application(const std::string& program = INSTALLER);
+    explicit Application(const std::string& program = INSTALLER,
+                         std::vector<std::string> arguments = {});
 
     /// Waits for its end and gives its status as the shell's $?; 124 after `seconds`.
     int status(int seconds = 20);

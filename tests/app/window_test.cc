@@ -50,8 +50,9 @@ bool showsPercentage(const std::string& window, size_t percentage) {
 }
 
 // With the window manager's own button, which is above the window's right corner.
-void closeWindow(const std::string& window) {
-    Screen::press("mousemove --sync --window " + window + " 290 -10 sleep 0.1 click 1");
+void closeWindow(const std::string& window, size_t width = kWidth) {
+    Screen::press("mousemove --sync --window " + window + " " + std::to_string(width - 10) +
+                  " -10 sleep 0.1 click 1");
 }
 
 bool hasUninstalled() {
@@ -73,6 +74,34 @@ TEST(Window, HasItsTitleSizeAndBar) {
     EXPECT_LE(Clock::now() - start, std::chrono::seconds(5)) << "while a download runs";
     EXPECT_EQ(Application::said(), "");
     EXPECT_FALSE(hasUninstalled());
+}
+
+// As GNUstep hands on what the user has chosen for all programs.
+TEST(Window, IsInTheUsersLanguageAndScale) {
+    const Screen screen;
+    const auto server = silentServer();
+    const struct {
+        const char* language;
+        const char* scale;
+        const char* title;
+        const char* size;
+    } rows[] = {
+        {"(German)", "1", "Velnor Corvane wird installiert", "300x14"},
+        {"(French)", "2", "Installation de Velnor Corvane", "600x28"},
+        {"(Spanish)", "1", "Instalación de Velnor Corvane", "300x14"},
+        {"(Japanese)", "2", "Velnor Corvane をインストール中", "600x28"},
+    };
+    for (const auto& [language, scale, title, size] : rows) {
+        Application application(INSTALLER, {"-NSLanguages", language, "-GSScaleFactor", scale});
+        const std::string window = Screen::window(1);
+        EXPECT_EQ(run("xdotool getwindowname " + window).output, std::string(title) + "\n");
+        EXPECT_NE(run("xdotool getwindowgeometry " + window)
+                      .output.find(std::string("Geometry: ") + size + "\n"),
+                  std::string::npos);
+        closeWindow(window, std::stoul(size));
+        EXPECT_EQ(application.status(), 0);
+        EXPECT_EQ(Application::said(), "");
+    }
 }
 
 TEST(Window, FollowsTheInstallation) {
