@@ -72,7 +72,8 @@ int32_t vn_initialize(const char* userAgent, ApiHandle** handleOut) {
     if (!copy) return -1;
     *handle.get() = {copy.release(), -1};
     *handleOut = handle.release();
-    return velnor::conclude(INSTALL_ERROR_OK);
+    _vn_setLastError(INSTALL_ERROR_OK);
+    return 0;
 }
 
 int32_t vn_uninitialize(ApiHandle* handle, uint32_t reserved) {

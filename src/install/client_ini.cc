@@ -5,6 +5,7 @@
 
 #include "api/last_error.h"
 #include "support/format.h"
+#include "support/text_copy.h"
 #include "support/text_extraction.h"
 #include "velnor/capi.h"
 #include "velnor_deployment.h"
@@ -35,12 +36,9 @@ const char* fileNameOf(const char* url) {
 
 OwnedText rewriteToContentHost(const char* url) {
     static constexpr char kSeparator[] = "://";
-    OwnedText rewritten;
     const char* separator = std::strstr(url, kSeparator);
-    if (separator == nullptr) {
-        _vn_snprintf(rewritten.out(), 0, "%s", url);
-        return rewritten;
-    }
+    if (separator == nullptr) return copyText(url);
+    OwnedText rewritten;
     const char* rest = separator + sizeof kSeparator - 1;
     _vn_snprintf(rewritten.out(), 0, "%.*s%s/%s", static_cast<int>(rest - url), url,
                  deployment::kContentHost, rest);

@@ -7,7 +7,7 @@
 #include <limits>
 
 #include "api/last_error.h"
-#include "support/format.h"
+#include "support/text_copy.h"
 #include "velnor/capi.h"
 
 namespace {
@@ -49,7 +49,8 @@ int32_t _vn_getHostName(const char* url, char** copyOut, char** hostOut, int32_t
         _vn_setLastError(INSTALL_ERROR_INVALIDARGUMENT);
         return 0;
     }
-    if (_vn_snprintf(copyOut, 0, "%s", url) == 0) return 0;
+    *copyOut = velnor::copyText(url).release();
+    if (*copyOut == nullptr) return 0;
     *hostOut = std::strstr(*copyOut, kSeparator) + sizeof kSeparator - 1;
     *pathOut = cutAt(*hostOut, '/');
     if (const char* port = cutAt(*hostOut, ':')) *portOut = portNumber(port);

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
 #include "velnor/capi.h"
 
 namespace test {
@@ -31,6 +33,12 @@ inline uint32_t outcome(int32_t result) {
 }
 
 inline const char* const kUrl = "http://a.example/b c";
+/// What follows a function's name in every request for kUrl.
+inline std::string query(int32_t cid) {
+    return "&cid=" + std::to_string(cid) +
+           "&apiversion=capi_1.6.5&url=http%3a%2f%2fa.example%2fb%20c";
+}
+
 inline const char* const kNull = R"({"http://a.example/b c" : null})";
 inline const char* const kAttributes = R"({"status":"COMPLETE"})";
 

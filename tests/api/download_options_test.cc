@@ -22,7 +22,7 @@ using test::ScriptedClient;
 using test::textReply;
 using Paths = std::vector<std::string>;
 
-const std::string kQuery = "&cid=0&apiversion=capi_1.6.5&url=http%3a%2f%2fa.example%2fb%20c";
+const std::string kQuery = test::query(0);
 const std::string kAsk = "getFileAttributes" + kQuery + "&complete";
 const std::string kReset = R"({"status":"PAUSED","resetdownload":true})";
 const char* const kPath = "/tmp/a file";

@@ -55,8 +55,8 @@ int32_t tasks(ApiHandle* handle, int32_t cid, const char*, uint32_t reserved) {
     return vn_runPeriodicTasks(handle, cid, reserved);
 }
 
-const std::string kUrlQuery = "&apiversion=capi_1.6.5&url=http%3a%2f%2fa.example%2fb%20c";
-const std::string kAsk = "getFileAttributes&cid=7" + kUrlQuery + "&complete";
+const std::string kQuery = test::query(7);
+const std::string kAsk = "getFileAttributes" + kQuery + "&complete";
 
 // How an operation is asked, and what it asks the client.
 const struct Operation {
@@ -66,14 +66,14 @@ const struct Operation {
     bool hasReserved;
     Paths paths;
 } kOperations[] = {
-    {"download", download, true, false, {"downloadFile&cid=7" + kUrlQuery, kAsk}},
+    {"download", download, true, false, {"downloadFile" + kQuery, kAsk}},
     {"attributes", attributes, true, true, {kAsk}},
-    {"pause", vn_pauseFile, true, true, {"pauseFile&cid=7" + kUrlQuery}},
+    {"pause", vn_pauseFile, true, true, {"pauseFile" + kQuery}},
     {"delete",
      erase,
      true,
      false,
-     {kAsk, "deleteFile&cid=7" + kUrlQuery + "&keepphysicalfileondelete=false"}},
+     {kAsk, "deleteFile" + kQuery + "&keepphysicalfileondelete=false"}},
     {"client",
      clientAttributes,
      false,

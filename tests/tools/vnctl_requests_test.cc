@@ -125,6 +125,25 @@ TEST(VnctlRequests, AnswerInJSON) {
     EXPECT_TRUE(harness::exists("/tmp/work/" + path));
 }
 
+// A folder that has come to its place is in its way.
+TEST(VnctlRequests, TellWhereAKeptFileIsThatCannotGoBack) {
+    const RunningClient client;
+    const sandbox::RawServer server([](int fd, const std::string&) {
+        sandbox::sendAll(fd, "HTTP/1.0 200 OK\r\nContent-Length: 7\r\n\r\ncontent");
+    });
+    const std::string url = "http://127.0.0.1:" + std::to_string(server.port()) + "/film";
+    EXPECT_EQ(vnctl("download " + url).status, 0);
+    setClientMode("inuse 2");
+    const std::string said =
+        harness::run("cd /tmp/work; '" VNCTL "' delete --keep-file " + url +
+                     " 2>&1 & until mkdir film 2>/dev/null; do sleep 0.1; done; touch film/x; wait")
+            .output;
+    const size_t place = said.find("It is /tmp/work/film.");
+    ASSERT_NE(place, std::string::npos) << said;
+    const size_t begin = place + 6;
+    EXPECT_EQ(harness::readFile(said.substr(begin, said.find('\n', begin) - begin)), "content");
+}
+
 TEST(VnctlRequests, KeepWhatAClientSaysFromTheTerminal) {
     const std::string body = "{\"status\":\"FORBIDDEN\",\"errorstring\":\"\x1b]0;%n\x07\xff\"}";
     const sandbox::RawServer client(

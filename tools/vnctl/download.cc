@@ -93,9 +93,8 @@ const char* adviceFor(int32_t status) {
         case FILE_STATUS_INSUFFICIENTDISKSPACE:
             return ". Make room; then 'vnctl download' goes on with it.";
         case FILE_STATUS_FORBIDDEN:
-            return ". The server may want a password or a cookie; 'vnctl download --help' shows "
-                   "how "
-                   "to give it.";
+            return ". The server may want a password or a cookie; 'vnctl download --help' says "
+                   "how to give it.";
         default:
             return ".";
     }

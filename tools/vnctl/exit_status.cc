@@ -1,9 +1,8 @@
-// The exit statuses as one table: number, meaning, the codes and the state that lead to it, and the
+// The exit statuses as one table: number, meaning, the code and the state that lead to it, and the
 // subcommands that end with it.
 #include "vnctl/exit_status.h"
 
 #include <algorithm>
-#include <array>
 #include <string_view>
 
 #include "velnor/capi.h"
@@ -16,7 +15,7 @@ constexpr int kFailed = 1;
 struct Kind {
     int status;
     const char* meaning;
-    std::array<uint32_t, 4> codes = {};  // what is not used is 0, which the first kind has
+    uint32_t code = INSTALL_ERROR_OK;  // which only the first kind stands for
     int32_t state = -1;
     std::string_view subcommands = {};  // empty for all
 };
@@ -25,14 +24,11 @@ constexpr Kind kKinds[] = {
     {.status = 0, .meaning = "done", .state = FILE_STATUS_COMPLETE},
     {.status = kFailed, .meaning = "failed for a reason that is not listed here"},
     {.status = kWrongUsage, .meaning = "wrong command line"},
-    {.status = 3, .meaning = "the client does not run", .codes = {INSTALL_ERROR_NOTINSTALLED}},
-    {.status = 4,
-     .meaning = "network",
-     .codes = {INSTALL_ERROR_NETWORK, INSTALL_ERROR_CLIENT_NOTRESPONDING,
-               INSTALL_ERROR_DOWNLOAD_FAILURE}},
+    {.status = 3, .meaning = "the client does not run", .code = INSTALL_ERROR_NOTINSTALLED},
+    {.status = 4, .meaning = "network", .code = INSTALL_ERROR_NETWORK},
     {.status = 5,
      .meaning = "not found",
-     .codes = {INSTALL_ERROR_FILE_NOT_FOUND},
+     .code = INSTALL_ERROR_FILE_NOT_FOUND,
      .state = FILE_STATUS_NOTFOUND,
      .subcommands = "download attributes pause delete"},
     {.status = 6,
@@ -41,21 +37,20 @@ constexpr Kind kKinds[] = {
      .subcommands = "download"},
     {.status = 7,
      .meaning = "disk, or the client could not go on",
-     .codes = {INSTALL_ERROR_DISK, INSTALL_ERROR_DISK_WRITE, INSTALL_ERROR_DISK_PATH_OPEN,
-               INSTALL_ERROR_FILE_ACCESS},
+     .code = INSTALL_ERROR_DISK,
      .state = FILE_STATUS_INSUFFICIENTDISKSPACE,
      .subcommands = "download delete"},
     {.status = 8,
      .meaning = "already downloaded",
-     .codes = {INSTALL_ERROR_ALREADY_DOWNLOADED},
+     .code = INSTALL_ERROR_ALREADY_DOWNLOADED,
      .subcommands = "download pause"},
     {.status = 9,
      .meaning = "too soon after the last time",
-     .codes = {INSTALL_ERROR_THROTTLED},
+     .code = INSTALL_ERROR_THROTTLED,
      .subcommands = "run-tasks"},
     {.status = 10,
      .meaning = "the file is in use",
-     .codes = {INSTALL_ERROR_FILEINUSE},
+     .code = INSTALL_ERROR_FILEINUSE,
      .subcommands = "delete"},
     {.status = 12,
      .meaning = "the download was paused",
@@ -75,9 +70,7 @@ int firstStatus(const Matches& matches) {
 }  // namespace
 
 int exitStatusOfCode(uint32_t code) {
-    return firstStatus([code](const Kind& kind) {
-        return std::find(kind.codes.begin(), kind.codes.end(), code) != kind.codes.end();
-    });
+    return firstStatus([code](const Kind& kind) { return kind.code == code; });
 }
 
 int exitStatusOfState(int32_t state) {

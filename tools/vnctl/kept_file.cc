@@ -24,6 +24,7 @@ struct Places {
     std::string home;
     std::string folder;
     std::string file;
+    std::string whereItIs;  // said when it cannot be put back
 };
 Places g_places;
 volatile std::sig_atomic_t g_isAway = 0;
@@ -31,8 +32,12 @@ volatile std::sig_atomic_t g_isAway = 0;
 void putBack() {
     if (g_isAway == 0) return;
     g_isAway = 0;
-    if (std::rename(g_places.file.c_str(), g_places.home.c_str()) == 0) {
+    const bool isBack = std::rename(g_places.file.c_str(), g_places.home.c_str()) == 0;
+    // Not there: a signal came before it was moved.
+    if (isBack || errno == ENOENT) {
         rmdir(g_places.folder.c_str());
+    } else if (write(STDERR_FILENO, g_places.whereItIs.data(), g_places.whereItIs.size()) < 0) {
+        _exit(1);
     }
 }
 
@@ -44,6 +49,8 @@ void onSignal(int signal) {
 void moveAway() {
     if (mkdtemp(g_places.folder.data()) != nullptr) {
         g_places.file = g_places.folder + "/file";
+        g_places.whereItIs =
+            "vnctl: The file could not be put back. It is " + printable(g_places.file) + "\n";
         g_isAway = 1;
         if (std::rename(g_places.home.c_str(), g_places.file.c_str()) == 0) return;
         g_isAway = 0;
@@ -62,7 +69,7 @@ KeptFile::KeptFile(const std::string& path) {
     if (std::filesystem::symlink_status(path, none).type() != std::filesystem::file_type::regular) {
         return;
     }
-    g_places = {path, path + ".XXXXXX", ""};
+    g_places = {path, path + ".XXXXXX", "", ""};
     for (const int signal : kSignals) {
         if (std::signal(signal, onSignal) == SIG_IGN) std::signal(signal, SIG_IGN);
     }

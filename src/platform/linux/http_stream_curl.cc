@@ -13,6 +13,7 @@
 #include "platform/linux/stream_buffer.h"
 #include "platform/linux/system_proxies_libproxy.h"
 #include "support/format.h"
+#include "support/text_copy.h"
 
 namespace velnor::platform {
 namespace {
@@ -322,8 +323,7 @@ bool CurlStream::isRedirectResponse() const {
 
 void CurlStream::followRedirect(const char* target) {
     const bool allowed = isHttps(target) || (isHttp(target) && !isHttps(url_.get()));
-    OwnedText next;
-    _vn_snprintf(next.out(), 0, "%s", target);
+    const OwnedText next = copyText(target);
     if (responseCode() == kSeeOther) becomeGet();
     curl_multi_remove_handle(multi_.get(), easy_.get());
     if (allowed && next && ++redirects_ <= kMaxRedirects && begin(next.get())) return;

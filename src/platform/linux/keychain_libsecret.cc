@@ -6,7 +6,7 @@
 #include <memory>
 
 #include "platform/keychain.h"
-#include "support/format.h"
+#include "support/text_copy.h"
 
 namespace velnor::platform {
 namespace {
@@ -31,11 +31,7 @@ Items findItems(const char* server, uint16_t port, ProxyProtocol protocol) {
         protocol == ProxyProtocol::Https ? "https" : "http", nullptr));
 }
 
-OwnedText copyText(const char* text) {
-    OwnedText copy;
-    if (text != nullptr) _vn_snprintf(copy.out(), 0, "%s", text);
-    return copy;
-}
+OwnedText copyIfAny(const char* text) { return text != nullptr ? copyText(text) : OwnedText(); }
 
 }  // namespace
 
@@ -50,8 +46,8 @@ bool findProxyPassword(const char* server, uint16_t port, ProxyProtocol protocol
         secret_retrievable_get_attributes(item));
     if (!secret || !attributes) return false;
     credentials->user =
-        copyText(static_cast<const char*>(g_hash_table_lookup(attributes.get(), "user")));
-    credentials->password = copyText(secret_value_get_text(secret.get()));
+        copyIfAny(static_cast<const char*>(g_hash_table_lookup(attributes.get(), "user")));
+    credentials->password = copyIfAny(secret_value_get_text(secret.get()));
     return credentials->user && credentials->password;
 }
 
