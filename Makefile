@@ -4,20 +4,26 @@
 #   CMAKE_ARGS=-D...          more settings for the build, such as a deployment's
 #   PREFIX=FOLDER             "make install" puts it there, and not into /usr/local
 #   DESTDIR=FOLDER            in front of PREFIX, for what a package is made of
+#   PARTS='kill io'           these parts of "make torture", and not kill, io, alloc and fuzz
+#   SECONDS=N                 how long "make torture" runs each fuzzer (30)
+#   SEED=N                    other inputs for its fuzzers (1, so that two runs try about the same)
 #   FAIL=KIND                 "make run" fails: network, verification, configuration, disk, noanswer
 SHELL := /bin/bash
 .SHELLFLAGS := -o pipefail -ec
 PRESET ?= release
 PREFIX ?= /usr/local
+PARTS ?= kill io alloc fuzz
+SECONDS ?= 30
+SEED ?= 1
 build := build/$(PRESET)
 jobs := $(shell nproc)
-# Many cases wait more than they compute.
-test_jobs := $(shell n=$$(nproc); echo $$((n > 2 ? n : 2)))
+# Most cases wait more than they compute, some for minutes.
+test_jobs := $(shell echo $$((2 * $$(nproc) > 4 ? 2 * $$(nproc) : 4)))
 
 # Files in the checkout that are ours: tracked, or new and not ignored.
 ours := git ls-files --cached --others --exclude-standard --
 cxx_files = $(shell $(ours) '*.cc' '*.h' '*.c' '*.mm')
-checked_folders := src deploy tools sandbox
+checked_folders := src deploy tools sandbox torture
 shell_scripts = $(shell git grep --untracked -lE '^\#!.*\b(ba)?sh$$' -- ':!*.md' ':!*.cc')
 # A folder as an absolute path, or nothing.
 absolute = $(if $(1),"$$(realpath -ms -- '$(1)')")
@@ -27,16 +33,19 @@ clang_tidy_findings = sed -E -e '/^clang-tidy|warnings? generated\.$$/d' -e 's/\
 	$(build)/clang-tidy.log
 
 .DEFAULT_GOAL := help
-.PHONY: help deps configure build package install docs rehearsal run rehearse test bench lint clean \
-	lint-format lint-header lint-docs lint-man lint-shell lint-cppcheck lint-tidy
+.PHONY: help deps configure build package install docs rehearsal run rehearse test torture bench \
+	coverage count lint clean lint-count lint-rooms lint-format lint-header lint-docs lint-man lint-shell lint-cppcheck lint-tidy
 
 help:
 	@echo 'make run       let the installer install in a rehearsal world, and show what happened'
 	@echo 'make rehearse  let two applications install it and leave again, and check every step'
 	@echo 'make test      build and run the tests'
+	@echo 'make torture   everything that can fail does, at every point, and a table says what survived'
 	@echo 'make install   build and install vnctl, the maker'\''s tools and the client API library'
 	@echo 'make docs      the reference of the client API as web pages, in build/docs'
 	@echo 'make bench     build and run the benchmarks'
+	@echo 'make coverage  which lines and branches of the engine the tests reach, by room'
+	@echo 'make count     how large the parts are, and whether the tests have outgrown the code'
 	@echo 'make lint      format, static analysis, scripts, the public header, documentation'
 	@echo 'make deps      install the Debian packages that are missing (packages.txt)'
 	@echo 'make clean     remove everything that was built'
@@ -74,6 +83,7 @@ docs: deps
 	@echo 'doxygen: build/docs/index.html'
 	@mkdir -p build/docs
 	@VERSION=$(version) doxygen docs/Doxyfile
+	@tools/rooms draw
 
 rehearsal: configure
 	@cmake --build --preset $(PRESET) --parallel $(jobs) --target sandbox_world installer vnctl \
@@ -88,15 +98,40 @@ rehearse: rehearsal
 test: build
 	@ctest --preset $(PRESET) --parallel $(test_jobs)
 
+torture: configure
+	@cmake --build --preset $(PRESET) --parallel $(jobs) --target velnor_torture
+	@$(if $(filter fuzz,$(PARTS)),cmake --preset fuzz >/dev/null && \
+		cmake --build --preset fuzz --parallel $(jobs))
+	@SEED=$(SEED) torture/run $(build) $(SECONDS) $(PARTS)
+
 bench: configure
 	@cmake --build --preset $(PRESET) --parallel $(jobs) --target sandbox_world velnor_bench
 	@sandbox/enter --build $(build) -- $(build)/bench/velnor_bench
 
-lint: lint-format lint-header lint-docs lint-man lint-shell lint-cppcheck lint-tidy
+# The counts lie under the path of the build folder, and gcovr wants them in it.
+coverage: export GCOV_PREFIX := $(CURDIR)/build/coverage/counts
+coverage:
+	@rm -rf build/coverage/counts
+	@find build/coverage -name '*.gcda' -delete 2>/dev/null || true
+	@$(MAKE) --no-print-directory test PRESET=coverage
+	@cp -r $(GCOV_PREFIX)$(CURDIR)/build/coverage/. build/coverage
+	@tools/coverage build/coverage
+
+count:
+	@tools/count
+
+lint: lint-count lint-rooms lint-format lint-header lint-docs lint-man lint-shell lint-cppcheck lint-tidy
 
 lint-format: deps
 	@echo 'clang-format'
 	@clang-format --dry-run --Werror $(cxx_files)
+
+lint-count:
+	@tools/count | tail -n 1
+
+lint-rooms: deps
+	@echo 'The arrows between the rooms of src'
+	@tools/rooms check
 
 lint-header: deps
 	@echo 'The public header as C99, C11, C++11 and C++20'

@@ -5,6 +5,6 @@ if(VELNOR_SANITIZE)
   add_compile_options(-fsanitize=${VELNOR_SANITIZE} -fno-omit-frame-pointer
     -fno-sanitize-recover=undefined
     # Instrumented library templates look uninitialized to g++ 12, and are not.
-    -Wno-maybe-uninitialized)
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
   add_link_options(-fsanitize=${VELNOR_SANITIZE})
 endif()

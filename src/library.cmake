@@ -26,6 +26,8 @@ else()
   set(capi_map "${CMAKE_CURRENT_SOURCE_DIR}/capi.map")
   target_link_options(velnor_capi_shared PRIVATE "LINKER:--version-script=${capi_map}"
     LINKER:--no-undefined LINKER:--as-needed)
+  # A look-up that hangs is left to a thread of its own, whose code must stay.
+  target_link_options(velnor_capi_shared PRIVATE LINKER:-z,nodelete)
   set_target_properties(velnor_capi_shared PROPERTIES LINK_DEPENDS "${capi_map}")
 endif()
 

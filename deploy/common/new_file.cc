@@ -1,4 +1,3 @@
-// Exclusive creation, checked writes, removal of what was not kept.
 #include "common/new_file.h"
 
 #include <fcntl.h>

@@ -1,4 +1,3 @@
-// The key pair by OpenSSL.
 #include "common/signing_key.h"
 
 #include <openssl/err.h>

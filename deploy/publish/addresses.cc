@@ -1,13 +1,13 @@
-// URL rules, each for a step of the installation.
 #include "publish/addresses.h"
 
 #include <strings.h>
 
-#include <array>
+#include <cstring>
 #include <stdexcept>
 
 #include "install/client_ini.h"
-#include "net/url_text.h"
+#include "support/product.h"
+#include "support/url.h"
 
 namespace deploy {
 namespace {
@@ -17,11 +17,6 @@ namespace {
 constexpr size_t kLogNameLength = 1 + 32 + 4;
 constexpr size_t kLongestLogTarget = 255;
 constexpr size_t kLongestFileName = 255;
-
-// What else an installation keeps in the install directory.
-constexpr std::array kTakenNames{"accepteula.txt", "appregistry.dat", "appregistry.dat.bak",
-                                 "client.ini",     "guid.ini",        "installer.txt",
-                                 "ksmacui.tar.gz", "loader.pl",       "uninstall.tar.gz"};
 
 void require(bool holds, const std::string& url, const std::string& advice) {
     if (!holds) throw std::runtime_error("unusable URL " + url + ": " + advice);
@@ -33,10 +28,9 @@ void checkCharacters(const std::string& url) {
             "write blanks, line breaks, a % of its own and all but plain ASCII characters as %XX");
 }
 
-// The part behind `scheme`, which must begin with a host and go on with a path.
-void checkHostAndPath(const std::string& url, size_t schemeLength) {
-    const size_t slash = url.find('/', schemeLength);
-    require(slash != std::string::npos && slash != schemeLength, url,
+void checkHostAndPath(const std::string& url) {
+    const char* host = velnor::behindScheme(url.c_str());
+    require(*host != '/' && std::strchr(host, '/') != nullptr, url,
             "give a host and, behind it, a path");
 }
 
@@ -51,9 +45,9 @@ bool isFoundByLauncher(const std::string& url, const std::string& name) {
 
 void checkArtifactUrl(const std::string& url) {
     checkCharacters(url);
-    const bool isHttps = url.starts_with("https://");
-    require(isHttps || url.starts_with("http://"), url, "begin it with https:// or http://");
-    checkHostAndPath(url, isHttps ? sizeof "https://" - 1 : sizeof "http://" - 1);
+    require(velnor::isHttpsUrl(url.c_str()) || velnor::isHttpUrl(url.c_str()), url,
+            "begin it with https:// or http://");
+    checkHostAndPath(url);
 }
 
 void checkClientUrl(const std::string& url) {
@@ -63,7 +57,7 @@ void checkClientUrl(const std::string& url) {
             "end it with the client's file name, behind the last \"/\" or \"=\"");
     const std::string name = fileName;
     require(name.size() <= kLongestFileName, url, "its file name is longer than a disk takes");
-    for (const char* taken : kTakenNames) {
+    for (const char* taken : velnor::kInstalledFiles) {
         // Letter case makes no difference on the disks that this is installed on.
         require(strcasecmp(fileName, taken) != 0, url,
                 "the installation has another file of the name " + name + "; rename the client");
@@ -75,9 +69,9 @@ void checkClientUrl(const std::string& url) {
 
 void checkLogUrl(const std::string& url) {
     checkCharacters(url);
-    require(url.starts_with("http://"), url,
+    require(velnor::isHttpUrl(url.c_str()), url,
             "logs are uploaded over plain HTTP; begin it with http://");
-    checkHostAndPath(url, sizeof "http://" - 1);
+    checkHostAndPath(url);
     require(url.size() + kLogNameLength <= kLongestLogTarget, url,
             "with the log's name it would be cut off; shorten it to " +
                 std::to_string(kLongestLogTarget - kLogNameLength) + " characters");

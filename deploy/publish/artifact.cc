@@ -1,4 +1,3 @@
-// Reading artifact files whole.
 #include "publish/artifact.h"
 
 #include <sys/stat.h>

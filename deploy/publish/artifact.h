@@ -1,10 +1,15 @@
-// Artifact files as they will be served.
+// The files that a release offers, as they will be served.
 #ifndef VELNOR_DEPLOY_PUBLISH_ARTIFACT_H
 #define VELNOR_DEPLOY_PUBLISH_ARTIFACT_H
 
 #include <string>
 
 namespace deploy {
+
+struct Artifact {
+    std::string file;
+    std::string url;  // under which the file will be served
+};
 
 /// The content of an artifact. Throws std::runtime_error with advice when there is none, or when it
 /// is more than an installation can take.

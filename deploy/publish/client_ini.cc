@@ -1,4 +1,3 @@
-// Writing client.ini and reading it back.
 #include "publish/client_ini.h"
 
 #include <stdexcept>

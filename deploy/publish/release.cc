@@ -1,11 +1,10 @@
 // Publishing: check, sign, compose, check again as an installer, and only then put it in place.
 #include "publish/release.h"
 
+#include <strings.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <cctype>
 #include <stdexcept>
 #include <system_error>
 #include <vector>
@@ -13,9 +12,8 @@
 #include "common/new_file.h"
 #include "common/signing_key.h"
 #include "install/client_ini.h"
-#include "install/signature.h"
+#include "install/verified_download.h"
 #include "publish/addresses.h"
-#include "publish/artifact.h"
 #include "publish/client_ini.h"
 #include "support/files.h"
 #include "velnor_deployment.h"
@@ -35,9 +33,10 @@ struct Part {
 
 std::vector<Part> partsOf(const Release& release) {
     return {
-        {kClientUrlKey, kClientSignatureKey, readArtifact, release.client},
-        {kUiToolUrlKey, kUiToolSignatureKey, readArchive, release.uiTool},
-        {kUninstallerUrlKey, kUninstallerSignatureKey, readArchive, release.uninstaller},
+        {velnor::kClientUrlKey, velnor::kClientSignatureKey, readArtifact, release.client},
+        {velnor::kUiToolUrlKey, velnor::kUiToolSignatureKey, readArchive, release.uiTool},
+        {velnor::kUninstallerUrlKey, velnor::kUninstallerSignatureKey, readArchive,
+         release.uninstaller},
     };
 }
 
@@ -48,18 +47,11 @@ void checkAddresses(const Release& release) {
     if (release.uninstaller) checkArtifactUrl(release.uninstaller->url);
 }
 
-// Letter case makes no difference in hex text.
-std::string builtInPublicKey() {
-    std::string hex = velnor::deployment::kPublicKeyHex;
-    std::transform(hex.begin(), hex.end(), hex.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return hex;
-}
-
 SigningKey loadKey(const std::string& path) {
     SigningKey key = SigningKey::load(path);
     const std::string publicHex = toHex(key.publicDer());
-    if (publicHex == builtInPublicKey()) return key;
+    // Letter case makes no difference in hex text.
+    if (strcasecmp(publicHex.c_str(), velnor::deployment::kPublicKeyHex) == 0) return key;
     throw std::runtime_error(path +
                              " is not the key that the installers of this build verify with; give "
                              "the right one, or build installers for this one with "
@@ -68,8 +60,8 @@ SigningKey loadKey(const std::string& path) {
 }
 
 Settings signedSettings(const Release& release, const SigningKey& key) {
-    Settings settings{{kLogUploadUrlKey, release.logUrl},
-                      {kRewriteKey, release.isRewritten ? "true" : "false"}};
+    Settings settings{{velnor::kLogUploadUrlKey, release.logUrl},
+                      {velnor::kRewriteKey, release.isRewritten ? "true" : "false"}};
     for (const Part& part : partsOf(release)) {
         Setting url{part.urlKey, std::nullopt};
         Setting signature{part.signatureKey, std::nullopt};
@@ -79,7 +71,7 @@ Settings signedSettings(const Release& release, const SigningKey& key) {
         }
         settings.insert(settings.end(), {url, signature});
     }
-    settings.push_back({kUninstallTimeoutKey, std::nullopt});
+    settings.push_back({velnor::kUninstallTimeoutKey, std::nullopt});
     if (release.uninstallTimeout) settings.back().value = std::to_string(*release.uninstallTimeout);
     return settings;
 }
@@ -89,12 +81,10 @@ void verifyArtifacts(const Release& release, const std::string& clientIni) {
     for (const Part& part : partsOf(release)) {
         if (!part.artifact) continue;
         const std::string content = part.read(part.artifact->file);
-        const velnor::OwnedText signature = velnor::iniValue(clientIni.c_str(), part.signatureKey);
+        velnor::OwnedText signature;
+        velnor::iniValue(clientIni.c_str(), part.signatureKey, &signature);
         const auto size = static_cast<uint32_t>(content.size());
-        if (velnor::checkSignature(signature.get(), content.data(), size) ==
-            velnor::SignatureCheck::Verified) {
-            continue;
-        }
+        if (velnor::checkSignature(signature.get(), content.data(), size).verified) continue;
         throw std::runtime_error("installers would refuse " + part.artifact->file +
                                  ": its signature does not verify; publish again when the file no "
                                  "longer changes");

@@ -6,12 +6,9 @@
 #include <optional>
 #include <string>
 
-namespace deploy {
+#include "publish/artifact.h"
 
-struct Artifact {
-    std::string file;
-    std::string url;  // under which the file will be served
-};
+namespace deploy {
 
 struct Release {
     Artifact client;

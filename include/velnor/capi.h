@@ -32,11 +32,12 @@
  *
  * Functions that take an ApiHandle:
  *   - A handle is for one thread at a time; other threads may have handles of their own.
- *   - A call blocks until the client has replied, without a time limit.
+ *   - A call blocks until the client has replied; after 30 seconds of silence it fails with 5.
  *   - A bad argument leaves code 1, and nothing is sent. Every call may also leave 2 (the client
  *     cannot be connected to), 3 (a request of 1024 characters or more, or a reply that makes no
  *     sense), 4 (no memory, or a reply with an empty body or one over 10 MiB) and 5 (the connection
- *     broke). Comments below name further codes only.
+ *     broke, or the client was silent; the connection is given up). Comments below name further
+ *     codes only.
  *   - When the client has closed the connection since the last call (it was restarted, for
  *     example), one call fails with 5 or 3 and the next one connects anew. Nothing is repeated
  *     unasked, because the client may have carried it out.
@@ -57,8 +58,8 @@ typedef enum InstallResult {
     INSTALL_ERROR_INVALIDARGUMENT = 1,       /**< a bad argument, also in the client's eyes */
     INSTALL_ERROR_NOTINSTALLED = 2,          /**< no client answers */
     INSTALL_ERROR_INTERNAL = 3,              /**< anything that has no code of its own */
-    INSTALL_ERROR_INSUFFICIENTMEMORY = 4,    /**< no memory, or a reply too large or empty */
-    INSTALL_ERROR_NETWORK = 5,               /**< a connection failed or broke */
+    INSTALL_ERROR_INSUFFICIENTMEMORY = 4,    /**< no memory; a reply too large or empty */
+    INSTALL_ERROR_NETWORK = 5,               /**< a connection failed, broke, or was silent */
     INSTALL_ERROR_INI = 6,                   /**< client.ini lacks something */
     INSTALL_ERROR_DISK = 7,                  /**< a file could not be read or written */
     INSTALL_ERROR_PLATFORM = 8,              /**< the launch agent could not be written */
@@ -226,7 +227,11 @@ typedef struct DownloadOptions {
  *  @param handle   from vn_initialize().
  *  @param cid      the application's number.
  *  @param url      what to download. The whole request, with every option percent-encoded, has room
- *                  for 1023 characters, about 800 of them for the URL and the options.
+ *                  for 1023 characters, about 800 of them for the URL and the options. Without
+ *                  options the URL has to stay 14 characters below that: so much longer is the
+ *                  question about its state, which follows each order, and when it does not fit,
+ *                  the call fails with 3 although the client has the order. (A deletion has a
+ *                  request that is 29 characters longer.)
  *  @param options  null for none.
  *  @return 0, or -1 with code 1 (also: the client does not take the URL, or reported an error; user
  *          and password too long), 13 (the client has no such download, also after the request: it
@@ -340,16 +345,21 @@ typedef struct InstallContext {
  *  result; a refusal has no effect. While that server does not answer, vn_install() does not
  *  return. A client that runs already needs no more than the registration, and no log is sent.
  *
+ *  While an archive is unpacked, the current directory of the whole process is the install
+ *  directory, and commands are run through system(3): until this returns, no other thread should
+ *  use relative paths, change the current directory, or wait for children that are not its own.
+ *
  *  @param appName  the installing application's name; mandatory. It is registered, and sent as part
  *                  of the user agent: one line of printable ASCII, of at most 800 characters.
  *  @param cid      application number for the EULA record; used only with `eula`.
  *  @param eula     name of the EULA that the user accepted, or null for no record.
  *  @param context  progress and detail, or null for neither.
  *  @return 0, or -1 with one of these codes: 1 appName null, or context without progress; 3
- *          internal; 4 memory; 8 the launch agent could not be written; 9 the client could not be
- *          started; 14 it never answered; 6 client.ini names no log server. Other failures have the
- *          codes 15 to 18, 20 and 21 with errorDetail, and without it the plain codes 5 (network,
- *          verification), 6 (client.ini) and 7 (disk). What earlier steps wrote stays on the disk.
+ *          internal; 4 memory, or no process for a command; 8 the launch agent could not be
+ *          written; 9 the client could not be started; 14 it never answered; 6 client.ini names no
+ *          log server. Other failures have the codes 15 to 18, 20 and 21 with errorDetail, and
+ *          without it the plain codes 5 (network, verification), 6 (client.ini) and 7 (disk). What
+ *          earlier steps wrote stays on the disk.
  */
 int32_t vn_install(const char* appName, int32_t cid, const char* eula, InstallContext* context);
 
@@ -360,7 +370,7 @@ int32_t vn_install(const char* appName, int32_t cid, const char* eula, InstallCo
 /** Takes one application off the client: removes its name from the registry and tells the client.
  *  While other applications are registered, the client keeps running for them. After the last one
  *  the client is stopped, and its launch agent, the install directory and the preference pane are
- *  deleted; what cannot be stopped or deleted stays, and is no failure. A name that is not
+ *  deleted; what cannot be deleted stays, and is no failure. A name that is not
  *  registered counts as one that has left already: when nobody else is registered, the client goes.
  *
  *  Blocks until the client has acknowledged. It is asked once a second, at most as many times as
@@ -371,9 +381,10 @@ int32_t vn_install(const char* appName, int32_t cid, const char* eula, InstallCo
  *  @param flags    0 or VN_UNINSTALL_KEEP_IDENTITY, which any other value stands for as well. That
  *                  one also deletes what is in a folder "installer.txt" of the current directory:
  *                  do not give it where there is such a folder.
- *  @return 0, or -1 with code 1 (appName null), 3 (internal), 7 (the registry could not be
- *          rewritten and is as it was; the client keeps running) or 10 (the client could not be
- *          stopped). */
+ *  @return 0, or -1 with code 1 (appName null), 3 (internal), 4 (no memory, or no process, for a
+ *          deletion: the application has left, and what the client left behind stays; call it once
+ *          more), 7 (the registry could not be rewritten and is as it was; the client keeps
+ *          running) or 10 (the client could not be stopped). */
 int32_t vn_uninstall(const char* appName, uint32_t flags);
 
 /** Appends "<cid>_<eulaText>" CR LF to accepteula.txt in the install directory.

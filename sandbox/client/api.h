@@ -1,4 +1,4 @@
-// The stand-in client's part in a conversation: which request gets which reply.
+// The functions of the control interface: which request gets which reply.
 #ifndef SANDBOX_CLIENT_API_H
 #define SANDBOX_CLIENT_API_H
 
@@ -7,9 +7,12 @@
 #include <mutex>
 #include <string>
 
+#include "../servers/http.h"
 #include "downloads.h"
-#include "mischief.h"
+#include "faults.h"
 #include "query.h"
+
+namespace standin {
 
 struct Answer {
     std::string bytes;  // empty for none: the connection is closed
@@ -18,14 +21,11 @@ struct Answer {
 
 class Api {
   public:
-    /// `folder` is the client's own.
-    Api(Downloads& downloads, const std::filesystem::path& folder)
-        : downloads_(downloads), folder_(folder) {}
+    explicit Api(Downloads& downloads) : downloads_(downloads) {}
 
-    /// The whole reply to a request with this head. Notes every request but a ping on standard
-    /// output: a line with the user agent ("-" for none), the target and the reply's body,
-    /// separated by tabs.
-    Answer answer(const std::string& head);
+    /// The whole reply to a request. Notes every request but a ping on standard output: a line with
+    /// the user agent ("-" for none), the target and the reply's body, separated by tabs.
+    Answer answer(const sandbox::Request& request);
 
   private:
     using Clock = std::chrono::steady_clock;
@@ -36,7 +36,7 @@ class Api {
     };
 
     static Function functionNamed(const std::string& name);
-    Reply replyTo(const std::string& target, const Mode& mode);
+    Reply replyTo(const std::string& target, const Query& query, const Mode& mode);
     std::string perform(Function function, const Query& query);
 
     std::string ping(const Query& query);
@@ -49,12 +49,13 @@ class Api {
     std::string periodicTasks(const Query& query);
 
     Downloads& downloads_;
-    const std::filesystem::path folder_;
-    Mischief mischief_;
+    FaultInjection faults_;
     /// When the client's servers will know that an application has left.
     std::atomic<Clock::time_point> serversKnow_ = Clock::time_point::max();
     std::mutex periodic_;
     Clock::time_point nextPeriodic_;
 };
+
+}  // namespace standin
 
 #endif

@@ -12,17 +12,24 @@
 
 #include "ledger.h"
 
-enum class PauseResult { paused, unknown, complete };
+namespace standin {
+
+enum class PauseResult { Paused, Unknown, Complete };
 
 /// All functions may be called from several threads at once.
 class Downloads {
   public:
-    /// The list is downloads.json in `folder`; what was unfinished goes on.
+    /// The list is in `folder`.
     explicit Downloads(const std::filesystem::path& folder);
+    ~Downloads();
+    Downloads(const Downloads&) = delete;
+    Downloads& operator=(const Downloads&) = delete;
 
-    /// Begins the download, or goes on with it, as things are. Without a path it goes into
-    /// `folder`/downloads. Throws BadRequest for a path that another unfinished one
-    /// has.
+    /// Takes up what was unfinished when the client ended.
+    void takeUp();
+
+    /// Begins the download when it does not run and is not complete. Without a path it goes into
+    /// `folder`/downloads. Throws BadRequest for a path that another unfinished one has.
     void start(Order order, bool onlyList, bool anew);
 
     PauseResult pause(const std::string& url);
@@ -34,18 +41,19 @@ class Downloads {
     std::vector<Record> all() const { return ledger_.all(); }
 
   private:
-    void resume(const Record& known, const Order& order, bool onlyList);
-    void begin(Order order, bool onlyList);
-    void launch(Record record, bool onlyList);
+    void launch(const Order& order);
+    void work(const Order& order, const std::stop_token& stop);
+    bool attempt(const Order& order, const std::stop_token& stop);
     void halt(const std::string& url);
-    std::string freePath(const std::string& url) const;
     bool isTaken(const std::string& path) const;
 
-    std::filesystem::path folder_;
+    const std::filesystem::path folder_;
     Ledger ledger_;
     // Held by what starts and stops downloads. The ledger's lock is not, while a thread is awaited.
     std::mutex control_;
     std::map<std::string, std::jthread> threads_;
 };
+
+}  // namespace standin
 
 #endif

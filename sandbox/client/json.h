@@ -7,12 +7,11 @@
 
 #include <string>
 
-namespace json {
+namespace standin::json {
 
 using Writer = rapidjson::Writer<rapidjson::StringBuffer>;
 
-template <class AnyWriter>
-void put(AnyWriter& writer, const std::string& text) {
+inline void put(Writer& writer, const std::string& text) {
     writer.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
 }
 
@@ -43,6 +42,6 @@ inline std::string success(const std::string& key) {
     });
 }
 
-}  // namespace json
+}  // namespace standin::json
 
 #endif

@@ -1,41 +1,29 @@
-// One lock for all of it: there is little to do under it.
 #include "ledger.h"
 
-#include <algorithm>
-#include <utility>
+#include <fcntl.h>
+#include <unistd.h>
 
-#include "files.h"
-#include "store.h"
-#include "url.h"
+#include <cstdio>
+#include <fstream>
 
-namespace {
+namespace standin {
 
-bool runs(const Record& record) {
-    return record.wanted &&
-           (record.status == Status::searching || record.status == Status::downloading ||
-            record.status == Status::moving);
-}
-
-bool isUsable(const Record& record) {
-    return isFetchable(record.order.url) && record.order.path.starts_with('/');
-}
-
-}  // namespace
-
-Ledger::Ledger(std::string file) : file_(std::move(file)) {
-    for (Record& record : loadRecords(file_)) {
-        if (!isUsable(record)) continue;
-        // What was written last: the list is not saved with every byte.
-        if (record.status != Status::complete) record.received = sizeOf(record.order.partPath());
-        std::string url = record.order.url;
-        records_[std::move(url)] = std::make_unique<Record>(std::move(record));
+Ledger::Ledger(const std::filesystem::path& file) : file_(file) {
+    std::ifstream stream(file);
+    for (std::string line; std::getline(stream, line);) {
+        try {
+            const Record record = recordIn(line);
+            records_.emplace(record.order.url, record);
+        } catch (const BadRequest& error) {
+            std::fprintf(stderr, "standin_client: %s: %s\n", file.c_str(), error.what());
+        }
     }
 }
 
 std::vector<Record> Ledger::all() const {
     const std::lock_guard lock(mutex_);
     std::vector<Record> copies;
-    for (const auto& [url, record] : records_) copies.push_back(*record);
+    for (const auto& [url, record] : records_) copies.push_back(record);
     return copies;
 }
 
@@ -43,15 +31,13 @@ std::optional<Record> Ledger::find(const std::string& url) const {
     const std::lock_guard lock(mutex_);
     const auto found = records_.find(url);
     if (found == records_.end()) return std::nullopt;
-    return *found->second;
+    return found->second;
 }
 
-Record& Ledger::put(Record record) {
+void Ledger::put(const Record& record) {
     const std::lock_guard lock(mutex_);
-    std::unique_ptr<Record>& place = records_[record.order.url];
-    place = std::make_unique<Record>(std::move(record));
+    records_.insert_or_assign(record.order.url, record);
     save();
-    return *place;
 }
 
 void Ledger::erase(const std::string& url) {
@@ -60,38 +46,29 @@ void Ledger::erase(const std::string& url) {
     save();
 }
 
-void Ledger::change(Record& record, const std::function<void(Record&)>& change) {
+void Ledger::change(const std::string& url, const std::function<void(Record&)>& change) {
     const std::lock_guard lock(mutex_);
+    Record& record = records_.at(url);
+    const Status before = record.status;
     change(record);
-    if (record.status != Status::downloading) record.rate = 0;
-    save();
-}
-
-void Ledger::note(Record& record, int64_t received, int64_t rate) {
-    const std::lock_guard lock(mutex_);
-    record.received = received;
-    record.rate = rate;
-}
-
-bool Ledger::foregroundRuns() const {
-    const std::lock_guard lock(mutex_);
-    return std::ranges::any_of(records_, [](const auto& entry) {
-        return !entry.second->order.background && runs(*entry.second);
-    });
-}
-
-void Ledger::awaitBackground(const std::stop_token& stop) {
-    using namespace std::chrono_literals;
-    while (!stop.stop_requested() && foregroundRuns()) rest(stop, 200ms);
-}
-
-void Ledger::rest(const std::stop_token& stop, std::chrono::milliseconds time) {
-    std::unique_lock lock(mutex_);
-    woken_.wait_for(lock, stop, time, [] { return false; });
+    if (record.status != before) save();
 }
 
 void Ledger::save() const {
-    std::vector<const Record*> records;
-    for (const auto& [url, record] : records_) records.push_back(record.get());
-    saveRecords(file_, records);
+    std::string text;
+    for (const auto& [url, record] : records_) text += lineOf(record) + '\n';
+    const std::filesystem::path fresh = file_.string() + ".new";
+    std::error_code error;
+    std::filesystem::create_directories(file_.parent_path(), error);
+    // For its owner alone, because of the passwords.
+    const int fd = open(fresh.c_str(), O_CREAT | O_TRUNC | O_WRONLY | O_CLOEXEC, 0600);
+    const ssize_t written = fd < 0 ? -1 : write(fd, text.data(), text.size());
+    if (fd >= 0) close(fd);
+    if (written == static_cast<ssize_t>(text.size())) {
+        std::filesystem::rename(fresh, file_, error);
+    } else {
+        std::perror("standin_client: the list of downloads");
+    }
 }
+
+}  // namespace standin

@@ -1,38 +1,27 @@
-// Queries taken apart.
 #include "query.h"
+
+#include <curl/curl.h>
 
 #include <algorithm>
 #include <charconv>
+#include <memory>
 
+namespace standin {
 namespace {
 
 std::string decoded(std::string_view text) {
-    std::string plain;
-    for (size_t i = 0; i < text.size(); ++i) {
-        unsigned char byte = 0;
-        const char* digits = text.data() + i + 1;
-        if (text[i] == '%' && i + 2 < text.size() &&
-            std::from_chars(digits, digits + 2, byte, 16).ptr == digits + 2) {
-            plain += static_cast<char>(byte);
-            i += 2;
-        } else {
-            plain += text[i];
-        }
-    }
-    return plain;
+    if (text.empty()) return {};  // libcurl would count the bytes itself
+    int size = 0;
+    const std::unique_ptr<char, decltype(&curl_free)> plain(
+        curl_easy_unescape(nullptr, text.data(), static_cast<int>(text.size()), &size), curl_free);
+    return {plain.get(), static_cast<size_t>(size)};
 }
 
 }  // namespace
 
-bool hasControls(std::string_view text) {
-    return std::ranges::any_of(
-        text, [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7f'; });
-}
-
 Query::Query(std::string_view target) {
-    const size_t question = target.find('?');
-    std::string_view rest;
-    if (question != std::string_view::npos) rest = target.substr(question + 1);
+    const size_t question = std::min(target.find('?'), target.size());
+    std::string_view rest = target.substr(std::min(question + 1, target.size()));
     while (!rest.empty()) {
         const std::string_view one = rest.substr(0, rest.find('&'));
         const size_t name = std::min(one.find('='), one.size());
@@ -58,8 +47,9 @@ int64_t Query::number(const std::string& name) const {
     const char* end = digits.data() + digits.size();
     int64_t number = 0;
     const auto [stop, error] = std::from_chars(digits.data(), end, number);
-    if (error != std::errc() || stop != end || number < 0)
+    if (error != std::errc() || stop != end || number < 0) {
         throw BadRequest("The parameter " + name + " is no number of 0 or more.");
+    }
     return number;
 }
 
@@ -67,8 +57,4 @@ bool Query::flag(const std::string& name) const {
     return has(name) && text(name) != "0" && text(name) != "false";
 }
 
-std::string Query::line(const std::string& name) const {
-    std::string value = text(name);
-    if (hasControls(value)) throw BadRequest("The parameter " + name + " has a control character.");
-    return value;
-}
+}  // namespace standin

@@ -8,6 +8,8 @@
 #include <string>
 #include <string_view>
 
+namespace standin {
+
 /// A parameter that is missing or is not what it should be; says so.
 class BadRequest : public std::runtime_error {
   public:
@@ -35,15 +37,10 @@ class Query {
     /// Whether it is there and neither "0" nor "false".
     bool flag(const std::string& name) const;
 
-    /// What may go into one line of a request to a server. Throws BadRequest for control
-    /// characters.
-    std::string line(const std::string& name) const;
-
   private:
     std::map<std::string, std::string> values_;
 };
 
-/// Control characters would end a line or a name before its time.
-bool hasControls(std::string_view text);
+}  // namespace standin
 
 #endif

@@ -3,26 +3,11 @@
 #define SANDBOX_CLIENT_RECORD_H
 
 #include <cstdint>
-#include <optional>
 #include <string>
-#include <string_view>
 
-enum class Status {
-    searching,
-    waiting,
-    downloading,
-    paused,
-    complete,
-    insufficientDiskSpace,
-    disconnected,
-    notFound,
-    forbidden,
-    moving,
-};
+#include "query.h"
 
-/// As it goes over the wire.
-const char* wordOf(Status status);
-std::optional<Status> statusOf(std::string_view word);
+namespace standin {
 
 struct Order {
     std::string url;
@@ -32,22 +17,31 @@ struct Order {
     std::string basicAuth = {};  // in Base64
     int64_t speed = 0;           // bytes a second; 0 for as fast as it goes
     int64_t delay = 0;           // seconds
-    bool background = false;
-    bool checksMd5 = false;
 
     bool operator==(const Order&) const = default;
     std::string partPath() const { return path + ".part"; }
 };
 
-/// What a server said of a file.
-struct Announcement {
-    int64_t size = 0;              // 0 while nobody knows
-    std::string etag = {};         // a strong one, or empty
-    std::string expectedMd5 = {};  // in Base64, or empty
+/// Throws BadRequest for parameters that are not what they should be.
+Order orderIn(const Query& query);
+
+enum class Status {
+    Searching,
+    Waiting,
+    Downloading,
+    Paused,
+    Complete,
+    InsufficientDiskSpace,
+    Disconnected,
+    NotFound,
+    Forbidden,
 };
 
+/// As it goes over the wire.
+const char* wordOf(Status status);
+
 /// Why a download stands still.
-struct Trouble {
+struct Failure {
     int64_t error = 0;     // libcurl's code
     int64_t subError = 0;  // a status of HTTP, or an errno
     std::string text = {};
@@ -55,15 +49,23 @@ struct Trouble {
 
 struct Record {
     Order order;
-    Status status = Status::waiting;
-    bool wanted = false;  // somebody works at it, or will after a restart
-    Announcement announced = {};
+    Status status = Status::Searching;
+    int64_t size = 0;  // 0 while it is unknown
     int64_t received = 0;
-    int64_t rate = 0;      // bytes a second
-    std::string md5 = {};  // of the whole file, in hexadecimal digits
-    Trouble trouble = {};
+    int64_t rate = 0;  // bytes a second
+    Failure failure = {};
 
+    /// Whether a thread works at it, or will after a restart.
+    bool isActive() const;
     int64_t percent() const;
 };
+
+/// A record as one line, whose fields are written as a request's parameters are.
+std::string lineOf(const Record& record);
+
+/// Throws BadRequest for a line that is none of these.
+Record recordIn(const std::string& line);
+
+}  // namespace standin
 
 #endif

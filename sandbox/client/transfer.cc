@@ -1,227 +1,165 @@
-// Transfers on a multi handle each, because that can be woken up to stop at once.
 #include "transfer.h"
 
 #include <curl/curl.h>
 
 #include <algorithm>
-#include <charconv>
-#include <chrono>
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
 #include <memory>
 #include <new>
-#include <stdexcept>
 #include <system_error>
-#include <thread>
 
-#include "url.h"
-
+namespace standin {
 namespace {
 
-constexpr long kConnectPatience = 10;
-constexpr long kSilencePatience = 15;
-constexpr long kSmallestBuffer = 1024;
+namespace fs = std::filesystem;
+
+constexpr long kConnectSeconds = 10;
+constexpr long kSilenceSeconds = 15;
 constexpr long kBuffer = 256 * 1024;
-constexpr double kShortestSeconds = 0.05;
-constexpr int kTick = 200;  // milliseconds
-constexpr std::chrono::milliseconds kStep{10};
 
-using Clock = std::chrono::steady_clock;
-using Easy = std::unique_ptr<CURL, decltype(&curl_easy_cleanup)>;
-using Multi = std::unique_ptr<CURLM, decltype(&curl_multi_cleanup)>;
-using List = std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)>;
+Status afterHttp(long status) {
+    if (status == 404 || status == 410) return Status::NotFound;
+    const bool isPassing = status == 408 || status == 416 || status == 429;
+    return status / 100 == 4 && !isPassing ? Status::Forbidden : Status::Disconnected;
+}
 
-int64_t numberAt(std::string_view text, size_t position) {
-    int64_t number = -1;
-    if (position < text.size())
-        std::from_chars(text.data() + position, text.data() + text.size(), number);
-    return number;
+Status afterFileError(int error) {
+    const bool isFull = error == ENOSPC || error == EDQUOT || error == EFBIG;
+    return isFull ? Status::InsufficientDiskSpace : Status::Paused;
+}
+
+std::string withQuery(std::string url, const std::string& query) {
+    if (query.empty()) return url;
+    const size_t end = std::min(url.find('#'), url.size());
+    const bool hasQuery = url.find('?') < end;
+    return url.insert(end, (hasQuery ? "&" : "?") + query);
 }
 
 class Transfer {
   public:
-    Transfer(const Order& order, const Announcement& known, PartFile& part,
-             TransferObserver& observer, const std::stop_token& stop)
-        : order_(order), known_(known), part_(part), observer_(observer), stop_(stop) {
-        if (!easy_ || !multi_) throw std::bad_alloc();
+    Transfer(const Order& order, const Progress& progress, const std::stop_token& stop)
+        : order_(order), progress_(progress), stop_(stop) {
+        if (!easy_) throw std::bad_alloc();
+        std::error_code error;
+        fs::create_directories(fs::path(order.path).parent_path(), error);
+        file_.reset(std::fopen(order.partPath().c_str(), "wbe"));
+        if (!file_) fileError_ = errno;
     }
 
     Outcome run() {
+        if (!file_) return failed(CURLE_OK);
         configure();
-        curl_multi_add_handle(multi_.get(), easy_.get());
-        const bool ended = loop();
-        Outcome outcome = ended ? judge() : Outcome{.end = Outcome::End::interrupted};
-        curl_multi_remove_handle(multi_.get(), easy_.get());
-        return outcome;
+        const CURLcode code = curl_easy_perform(easy_.get());
+        check(std::fclose(file_.release()) == 0);
+        if (code == CURLE_OK) {
+            check(std::rename(order_.partPath().c_str(), order_.path.c_str()) == 0);
+        }
+        if (code != CURLE_OK || fileError_ != 0) return failed(code);
+        return {.status = Status::Complete, .size = number(CURLINFO_SIZE_DOWNLOAD_T)};
     }
 
   private:
-    template <class Value>
-    void set(CURLoption option, Value value) {
-        const CURLcode code = curl_easy_setopt(easy_.get(), option, value);
-        if (code != CURLE_OK) throw std::runtime_error(curl_easy_strerror(code));
-    }
+    void set(CURLoption option, auto value) { curl_easy_setopt(easy_.get(), option, value); }
 
     void configure() {
         set(CURLOPT_URL, withQuery(order_.url, order_.queryAuth).c_str());
         set(CURLOPT_USERAGENT, "Velnor stand-in client");
+        set(CURLOPT_PROTOCOLS_STR, "http,https");
         set(CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
         set(CURLOPT_FOLLOWLOCATION, 1L);
         set(CURLOPT_FAILONERROR, 1L);
         set(CURLOPT_NOSIGNAL, 1L);
-        set(CURLOPT_ERRORBUFFER, text_);
+        set(CURLOPT_CONNECTTIMEOUT, kConnectSeconds);
+        set(CURLOPT_LOW_SPEED_LIMIT, 1L);
+        set(CURLOPT_LOW_SPEED_TIME, kSilenceSeconds);
+        set(CURLOPT_BUFFERSIZE, kBuffer);
+        set(CURLOPT_MAX_RECV_SPEED_LARGE, static_cast<curl_off_t>(order_.speed));
         set(CURLOPT_WRITEFUNCTION, &Transfer::onBody);
         set(CURLOPT_WRITEDATA, this);
+        set(CURLOPT_NOPROGRESS, 0L);
+        set(CURLOPT_XFERINFOFUNCTION, &Transfer::onProgress);
+        set(CURLOPT_XFERINFODATA, this);
         if (!order_.cookies.empty()) set(CURLOPT_COOKIE, order_.cookies.c_str());
-        configureSpeed();
-        configureHeaders();
-    }
-
-    void configureSpeed() {
-        // A slow transfer by order is silent for as long as its buffer takes.
-        const int64_t speed = order_.speed;
-        const long buffer = speed > 0 ? std::clamp(speed / 8, kSmallestBuffer, kBuffer) : kBuffer;
-        set(CURLOPT_BUFFERSIZE, buffer);
-        set(CURLOPT_MAX_RECV_SPEED_LARGE, static_cast<curl_off_t>(speed));
-        set(CURLOPT_CONNECTTIMEOUT, kConnectPatience);
-        set(CURLOPT_LOW_SPEED_LIMIT, 1L);
-        set(CURLOPT_LOW_SPEED_TIME, kSilencePatience + (speed > 0 ? 4 * buffer / speed : 0L));
-    }
-
-    void configureHeaders() {
-        if (!order_.basicAuth.empty()) addHeader("Authorization: Basic " + order_.basicAuth);
-        if (part_.size() > 0) {
-            set(CURLOPT_RANGE, (std::to_string(part_.size()) + "-").c_str());
-            if (!known_.etag.empty()) addHeader("If-Range: " + known_.etag);
-        }
+        if (order_.basicAuth.empty()) return;
+        headers_.reset(
+            curl_slist_append(nullptr, ("Authorization: Basic " + order_.basicAuth).c_str()));
         set(CURLOPT_HTTPHEADER, headers_.get());
     }
 
-    void addHeader(const std::string& line) {
-        curl_slist* longer = curl_slist_append(headers_.get(), line.c_str());
-        if (longer == nullptr) throw std::bad_alloc();
-        static_cast<void>(headers_.release());
-        headers_.reset(longer);
-    }
-
-    /// False when it was interrupted.
-    bool loop() {
-        const std::stop_callback wake(stop_, [this] { curl_multi_wakeup(multi_.get()); });
-        for (int running = 1; running != 0;) {
-            if (stop_.stop_requested() || observer_.isInterrupted()) return false;
-            if (curl_multi_perform(multi_.get(), &running) != CURLM_OK) throw std::bad_alloc();
-            if (hasBegun_) observer_.went(part_.size(), rate());  // falls when nothing comes
-            if (running != 0) curl_multi_poll(multi_.get(), nullptr, 0, kTick, nullptr);
-        }
-        return true;
-    }
-
-    int64_t rate() const {
-        const std::chrono::duration<double> spent = Clock::now() - start_;
-        return static_cast<int64_t>(static_cast<double>(taken_) /
-                                    std::max(spent.count(), kShortestSeconds));
-    }
-
-    long status() const {
-        long status = 0;
-        curl_easy_getinfo(easy_.get(), CURLINFO_RESPONSE_CODE, &status);
-        return status;
-    }
-
-    std::string header(const char* name) const {
-        curl_header* found = nullptr;
-        const auto result = curl_easy_header(easy_.get(), name, 0, CURLH_HEADER, -1, &found);
-        return result == CURLHE_OK ? found->value : "";
-    }
-
     static size_t onBody(const char* data, size_t, size_t size, void* self) {
-        return static_cast<Transfer*>(self)->takeBody(data, size) ? size : 0;
+        auto* transfer = static_cast<Transfer*>(self);
+        const size_t written = std::fwrite(data, 1, size, transfer->file_.get());
+        transfer->check(written == size);
+        return written;
     }
 
-    bool takeBody(const char* data, size_t size) {
-        if (!hasBegun_ && !begin()) return false;
-        part_.append(data, size);
-        taken_ += static_cast<int64_t>(size);
-        observer_.went(part_.size(), rate());
-        if (order_.speed > 0) awaitPace();
-        return part_.error() == 0;
+    /// Anything but 0 ends the transfer.
+    static int onProgress(void* self, curl_off_t size, curl_off_t received, curl_off_t,
+                          curl_off_t) {
+        auto* transfer = static_cast<Transfer*>(self);
+        if (received > 0) transfer->report(size, received);
+        return transfer->stop_.stop_requested() || transfer->fileError_ != 0 ? 1 : 0;
     }
 
-    /// libcurl's own limit lets a second's worth through at once, which is all of a short transfer.
-    void awaitPace() {
-        const double seconds = static_cast<double>(taken_) / static_cast<double>(order_.speed);
-        const auto due = start_ + std::chrono::duration<double>(seconds);
-        while (!stop_.stop_requested() && Clock::now() < due) std::this_thread::sleep_for(kStep);
-    }
-
-    /// With the reply's head, before its first byte: false when the reply is of no use.
-    bool begin() {
-        const std::string range = header("Content-Range");
-        const bool fits = status() == 206 && numberAt(range, 6) == part_.size();
-        const bool isWhole = status() == 200 && range.empty();
-        if (!fits) part_.clear();
-        if (!fits && !isWhole) return false;
-        curl_off_t rest = -1;
-        curl_easy_getinfo(easy_.get(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &rest);
-        if (rest > 0) part_.demandRoom(rest);
-        const std::string etag = header("ETag");
-        observer_.begun({.size = rest >= 0 ? part_.size() + rest : 0,
-                         .etag = etag.starts_with('"') ? etag : "",
-                         .expectedMd5 = header("Content-MD5")});
+    void report(int64_t size, int64_t received) {
+        if (!hasBegun_ && size > 0) demandRoom(static_cast<uint64_t>(size));
         hasBegun_ = true;
-        start_ = Clock::now();
-        return part_.error() == 0;
+        progress_(size, received, number(CURLINFO_SPEED_DOWNLOAD_T));
     }
 
-    /// "bytes */SIZE" says that nothing is behind the part, which is whole when it has this size.
-    bool wasWholeBefore() const {
-        const std::string range = header("Content-Range");
-        return status() == 416 && numberAt(range, range.find('/') + 1) == part_.size();
+    void demandRoom(uint64_t size) {
+        std::error_code error;
+        const fs::space_info room = fs::space(order_.partPath(), error);
+        if (!error && room.available < size) fileError_ = ENOSPC;
     }
 
-    CURLcode result() const {
-        int left = 0;
-        const CURLMsg* message = curl_multi_info_read(multi_.get(), &left);
-        return message != nullptr ? message->data.result : CURLE_FAILED_INIT;
+    void check(bool success) {
+        if (!success && fileError_ == 0) fileError_ = errno;
     }
 
-    Outcome judge() {
-        const CURLcode code = result();
-        const bool whole = code == CURLE_OK ? hasBegun_ || begin() : wasWholeBefore();
-        Outcome outcome{.fileError = part_.error(), .httpStatus = status()};
-        if (whole && outcome.fileError == 0) {
-            outcome.end = Outcome::End::whole;
-            return outcome;
+    int64_t number(CURLINFO which) const {
+        curl_off_t value = 0;
+        curl_easy_getinfo(easy_.get(), which, &value);
+        return value;
+    }
+
+    Outcome failed(CURLcode code) const {
+        if (fileError_ != 0) {
+            return {.status = afterFileError(fileError_),
+                    .failure = {code, fileError_, std::generic_category().message(fileError_)}};
         }
-        if (outcome.httpStatus == 416) part_.clear();
-        outcome.trouble = troubleOf(code, outcome);
-        return outcome;
-    }
-
-    Trouble troubleOf(CURLcode code, const Outcome& outcome) const {
-        if (outcome.fileError != 0)
-            return {code, outcome.fileError, std::generic_category().message(outcome.fileError)};
-        long systemError = 0;
-        curl_easy_getinfo(easy_.get(), CURLINFO_OS_ERRNO, &systemError);
-        return {code, outcome.httpStatus != 0 ? outcome.httpStatus : systemError,
-                *text_ != '\0' ? text_ : curl_easy_strerror(code)};
+        long http = 0;
+        long system = 0;
+        curl_easy_getinfo(easy_.get(), CURLINFO_RESPONSE_CODE, &http);
+        curl_easy_getinfo(easy_.get(), CURLINFO_OS_ERRNO, &system);
+        // Not the longer text with the milliseconds in it, which would be another each time.
+        return {.status = afterHttp(http),
+                .failure = {code, http != 0 ? http : system, curl_easy_strerror(code)}};
     }
 
     const Order& order_;
-    const Announcement& known_;
-    PartFile& part_;
-    TransferObserver& observer_;
+    const Progress& progress_;
     const std::stop_token& stop_;
-    int64_t taken_ = 0;
-    Clock::time_point start_;
+    int fileError_ = 0;  // an errno
     bool hasBegun_ = false;
-    char text_[CURL_ERROR_SIZE] = {};
-    List headers_{nullptr, curl_slist_free_all};
-    Easy easy_{curl_easy_init(), curl_easy_cleanup};
-    Multi multi_{curl_multi_init(), curl_multi_cleanup};
+    std::unique_ptr<FILE, decltype(&std::fclose)> file_{nullptr, std::fclose};
+    std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)> headers_{nullptr,
+                                                                         curl_slist_free_all};
+    std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> easy_{curl_easy_init(), curl_easy_cleanup};
 };
 
 }  // namespace
 
-Outcome transfer(const Order& order, const Announcement& known, PartFile& part,
-                 TransferObserver& observer, const std::stop_token& stop) {
-    return Transfer(order, known, part, observer, stop).run();
+bool isFetchable(const std::string& url) {
+    const std::unique_ptr<CURLU, decltype(&curl_url_cleanup)> parsed(curl_url(), curl_url_cleanup);
+    const bool isUrl = curl_url_set(parsed.get(), CURLUPART_URL, url.c_str(), 0) == CURLUE_OK;
+    return isUrl && (url.starts_with("http://") || url.starts_with("https://"));
 }
+
+Outcome transfer(const Order& order, const Progress& progress, const std::stop_token& stop) {
+    return Transfer(order, progress, stop).run();
+}
+
+}  // namespace standin

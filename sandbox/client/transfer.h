@@ -1,38 +1,32 @@
-// One attempt to fetch what is still missing of a file, by libcurl.
+// One attempt to fetch a file, by libcurl.
 #ifndef SANDBOX_CLIENT_TRANSFER_H
 #define SANDBOX_CLIENT_TRANSFER_H
 
+#include <cstdint>
+#include <functional>
 #include <stop_token>
-#include <string>
 
-#include "files.h"
 #include "record.h"
 
-/// Told of the transfer on the thread that it runs on.
-class TransferObserver {
-  public:
-    virtual ~TransferObserver() = default;
+namespace standin {
 
-    /// Asked several times a second: whether it is to end where it is.
-    virtual bool isInterrupted() = 0;
-
-    /// The first bytes are there.
-    virtual void begun(const Announcement& announced) = 0;
-
-    virtual void went(int64_t received, int64_t rate) = 0;
-};
+/// Told of the transfer on the thread that it runs on, as soon as bytes have come. `size` is 0
+/// while it is unknown.
+using Progress = std::function<void(int64_t size, int64_t received, int64_t rate)>;
 
 struct Outcome {
-    enum class End { whole, interrupted, failed };
-    End end = End::failed;
-    Trouble trouble = {};
-    int fileError = 0;  // an errno
-    long httpStatus = 0;
+    Status status;  // Complete, or what keeps it from that
+    int64_t size = 0;
+    Failure failure = {};
 };
 
-/// Goes on behind what `part` holds when the server agrees that it is the same file, and begins
-/// anew where not. `known` is what an earlier attempt was told.
-Outcome transfer(const Order& order, const Announcement& known, PartFile& part,
-                 TransferObserver& observer, const std::stop_token& stop);
+/// Whether libcurl reads it as an http or https URL.
+bool isFetchable(const std::string& url);
+
+/// Fetches the whole file to the order's path; until it is complete it is at partPath(). When it is
+/// told to stop, that takes a second at most, and the outcome does not count.
+Outcome transfer(const Order& order, const Progress& progress, const std::stop_token& stop);
+
+}  // namespace standin
 
 #endif

@@ -1,4 +1,3 @@
-// Property lists through libplist.
 #include "agent.h"
 
 #include <plist/plist.h>
@@ -12,6 +11,7 @@
 #include <memory>
 #include <stdexcept>
 
+namespace launchctl {
 namespace {
 
 struct PlistDeleter {
@@ -26,15 +26,17 @@ Plist parse(const std::string& path) {
     plist_t root = nullptr;
     plist_from_xml(text.data(), static_cast<uint32_t>(text.size()), &root);
     Plist plist(root);
-    if (!plist || plist_get_node_type(root) != PLIST_DICT)
+    if (!plist || plist_get_node_type(root) != PLIST_DICT) {
         throw std::runtime_error(path + ": no property list");
+    }
     return plist;
 }
 
 std::string textOf(plist_t node) {
     char* raw = nullptr;
-    if (node != nullptr && plist_get_node_type(node) == PLIST_STRING)
+    if (node != nullptr && plist_get_node_type(node) == PLIST_STRING) {
         plist_get_string_val(node, &raw);
+    }
     const std::unique_ptr<char, decltype(&std::free)> text(raw, std::free);
     return raw == nullptr ? "" : raw;
 }
@@ -46,18 +48,12 @@ bool flagOf(plist_t node, bool otherwise) {
     return value != 0;
 }
 
-int numberOf(plist_t node) {
-    if (node == nullptr || plist_get_node_type(node) != PLIST_UINT) return 0;
-    uint64_t value = 0;  // a negative number comes as its two's complement
-    plist_get_uint_val(node, &value);
-    return static_cast<int>(static_cast<int64_t>(value));
-}
-
 std::vector<std::string> textsOf(plist_t node) {
     std::vector<std::string> texts;
     if (node == nullptr || plist_get_node_type(node) != PLIST_ARRAY) return texts;
-    for (uint32_t i = 0; i < plist_array_get_size(node); ++i)
+    for (uint32_t i = 0; i < plist_array_get_size(node); ++i) {
         texts.push_back(textOf(plist_array_get_item(node, i)));
+    }
     return texts;
 }
 
@@ -69,12 +65,15 @@ Agent readAgent(const std::string& path) {
     Agent agent{.label = textOf(item("Label")),
                 .arguments = textsOf(item("ProgramArguments")),
                 .runAtLoad = flagOf(item("RunAtLoad"), false),
-                .keepAlive = !flagOf(item("OnDemand"), true),
-                .nice = numberOf(item("Nice"))};
+                .keepAlive = !flagOf(item("OnDemand"), true)};
     // The label names files of ours, so it must not lead to another folder.
-    if (agent.label.empty() || agent.label.find('/') != std::string::npos)
+    if (agent.label.empty() || agent.label.find('/') != std::string::npos) {
         throw std::runtime_error(path + ": no Label");
-    if (agent.arguments.empty() || agent.arguments.front().empty())
+    }
+    if (agent.arguments.empty() || agent.arguments.front().empty()) {
         throw std::runtime_error(path + ": no ProgramArguments");
+    }
     return agent;
 }
+
+}  // namespace launchctl

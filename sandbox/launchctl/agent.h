@@ -5,16 +5,19 @@
 #include <string>
 #include <vector>
 
+namespace launchctl {
+
 struct Agent {
     std::string label;
     std::vector<std::string> arguments;
     bool runAtLoad = false;
     bool keepAlive = false;
-    int nice = 0;
 };
 
 /// Reads an XML property list. Throws std::runtime_error with a message for the user when the file
 /// cannot be read, is no property list, or lacks a Label or ProgramArguments.
 Agent readAgent(const std::string& path);
+
+}  // namespace launchctl
 
 #endif

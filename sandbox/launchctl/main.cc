@@ -10,6 +10,7 @@
 #include "state.h"
 #include "supervisor.h"
 
+namespace launchctl {
 namespace {
 
 using Words = std::vector<std::string>;
@@ -26,8 +27,7 @@ int complain(const std::string& message) {
 }
 
 int usage() {
-    std::fputs("usage: launchctl load [-w] [-S SESSION] PLIST | unload [-w] PLIST | list [LABEL]\n",
-               stderr);
+    std::fputs("usage: launchctl load [-S SESSION] PLIST | unload PLIST | list LABEL\n", stderr);
     return 2;
 }
 
@@ -36,7 +36,6 @@ std::optional<Command> parse(const Words& words) {
     if (words.empty()) return std::nullopt;
     Command command{.verb = words.front(), .session = {}, .operands = {}};
     for (size_t i = 1; i < words.size(); ++i) {
-        if (words[i] == "-w") continue;
         if (words[i] == "-S") {
             if (++i == words.size()) return std::nullopt;
             command.session = words[i];
@@ -52,8 +51,9 @@ std::optional<Command> parse(const Words& words) {
 int load(const Command& command) {
     const std::string mode = state::mode();
     if (mode == "silent") return 0;
-    if (mode == "no-aqua" && command.session)
+    if (mode == "no-aqua" && command.session) {
         return complain("no session of type " + *command.session);
+    }
     const Agent agent = readAgent(command.operands.front());
     const state::Lock lock;
     if (state::supervisor(agent.label)) return complain(agent.label + ": already loaded");
@@ -68,24 +68,6 @@ int unload(const Command& command) {
     return 0;
 }
 
-void listAll() {
-    std::puts("PID\tStatus\tLabel");
-    for (const std::string& label : state::labels()) {
-        const std::optional<int> pid = state::get(label, "pid");
-        const std::string shown = pid ? std::to_string(*pid) : "-";
-        std::printf("%s\t%d\t%s\n", shown.c_str(), state::get(label, "status").value_or(0),
-                    label.c_str());
-    }
-}
-
-void listOne(const std::string& label) {
-    std::printf("{\n\t\"Label\" = \"%s\";\n\t\"LastExitStatus\" = %d;\n", label.c_str(),
-                state::get(label, "status").value_or(0));
-    if (const std::optional<int> pid = state::get(label, "pid"))
-        std::printf("\t\"PID\" = %d;\n", *pid);
-    std::puts("};");
-}
-
 int list(const Command& command) {
     const std::string mode = state::mode();
     if (mode == "silent") return 1;
@@ -93,33 +75,33 @@ int list(const Command& command) {
         std::puts("launchctl: something was said");
         return 1;
     }
-    if (command.operands.empty()) {
-        listAll();
-        return 0;
-    }
     const std::string& label = command.operands.front();
     if (!state::supervisor(label)) return complain(label + ": not loaded");
-    listOne(label);
+    std::printf("{\n\t\"Label\" = \"%s\";\n", label.c_str());
+    if (const std::optional<pid_t> pid = state::pid(label)) std::printf("\t\"PID\" = %d;\n", *pid);
+    std::puts("};");
     return 0;
 }
 
-int run(const Command& command) {
-    if (state::mode() == "failing") return complain("cannot reach launchd");
-    const size_t operands = command.operands.size();
-    if (command.verb == "load" && operands == 1) return load(command);
-    if (command.verb == "unload" && operands == 1) return unload(command);
-    if (command.verb == "list" && operands <= 1) return list(command);
-    return usage();
+int perform(const Command& command) {
+    if (command.operands.size() != 1) return usage();
+    if (command.verb == "load") return load(command);
+    if (command.verb == "unload") return unload(command);
+    return command.verb == "list" ? list(command) : usage();
 }
 
-}  // namespace
-
-int main(int argc, char** argv) try {
-    const Words words(argv + 1, argv + argc);
+int run(const Words& words) {
     state::prepare();
     state::recordCall(words);
     const std::optional<Command> command = parse(words);
-    return command ? run(*command) : usage();
+    return command ? perform(*command) : usage();
+}
+
+}  // namespace
+}  // namespace launchctl
+
+int main(int argc, char** argv) try {
+    return launchctl::run({argv + 1, argv + argc});
 } catch (const std::exception& error) {
-    return complain(error.what());
+    return launchctl::complain(error.what());
 }

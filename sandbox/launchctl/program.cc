@@ -2,7 +2,6 @@
 #include "program.h"
 
 #include <fcntl.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -12,6 +11,7 @@
 
 #include "state.h"
 
+namespace launchctl {
 namespace {
 
 void redirect(int target, const char* path, int flags) {
@@ -25,8 +25,9 @@ void redirect(int target, const char* path, int flags) {
 void setEnvironment() {
     std::vector<std::pair<std::string, std::string>> kept;
     for (const char* name : {"HOME", "USER", "LANG", "XDG_RUNTIME_DIR", "ASAN_OPTIONS",
-                             "LSAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS"})
+                             "LSAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS"}) {
         if (const char* value = std::getenv(name)) kept.emplace_back(name, value);
+    }
     clearenv();
     for (const auto& [name, value] : kept) setenv(name.c_str(), value.c_str(), 1);
     setenv("PATH", "/usr/bin:/bin:/usr/sbin:/sbin", 1);
@@ -37,10 +38,10 @@ void setEnvironment() {
     sigset_t none;
     sigemptyset(&none);
     sigprocmask(SIG_SETMASK, &none, nullptr);
-    setpriority(PRIO_PROCESS, 0, agent.nice);  // refused to an ordinary user: runs as it is then
     std::vector<char*> arguments;
-    for (const std::string& text : agent.arguments)
+    for (const std::string& text : agent.arguments) {
         arguments.push_back(const_cast<char*>(text.c_str()));
+    }
     arguments.push_back(nullptr);
     execv(arguments.front(), arguments.data());
     _exit(127);
@@ -49,8 +50,9 @@ void setEnvironment() {
 }  // namespace
 
 void prepareForPrograms(const Agent& agent) {
-    for (const int signal : {SIGPIPE, SIGHUP, SIGCHLD, SIGTERM, SIGINT, SIGQUIT})
+    for (const int signal : {SIGPIPE, SIGHUP, SIGCHLD, SIGTERM, SIGINT, SIGQUIT}) {
         std::signal(signal, SIG_DFL);
+    }
     redirect(0, "/dev/null", O_RDONLY);
     redirect(1, state::path(agent.label + ".log").c_str(), O_WRONLY | O_CREAT | O_APPEND);
     dup2(1, 2);
@@ -67,3 +69,5 @@ void signalProgram(pid_t program, int signal) {
     // Just after its start a program may have no group of its own yet.
     if (kill(-program, signal) != 0) kill(program, signal);
 }
+
+}  // namespace launchctl

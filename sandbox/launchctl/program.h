@@ -6,6 +6,8 @@
 
 #include "agent.h"
 
+namespace launchctl {
+
 /// Makes this process one that programs may be started from: their environment, their log in place
 /// of the standard output, all signals as the system's defaults have them.
 void prepareForPrograms(const Agent& agent);
@@ -16,5 +18,7 @@ pid_t startProgram(const Agent& agent);
 
 /// Signals a program and what it started.
 void signalProgram(pid_t program, int signal);
+
+}  // namespace launchctl
 
 #endif

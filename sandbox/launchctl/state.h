@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace state {
+namespace launchctl::state {
 
 /// Makes the folder if it is not there yet.
 void prepare();
@@ -41,14 +41,13 @@ bool claim(const std::string& label);
 /// The process that has claimed `label`, or nothing when the agent is not loaded.
 std::optional<pid_t> supervisor(const std::string& label);
 
-/// Numbers kept about an agent: `pid` of its program while it runs, `status` of its last exit.
-void put(const std::string& label, const std::string& what, int number);
-std::optional<int> get(const std::string& label, const std::string& what);
+/// The agent's program while it runs, in the file LABEL.pid.
+void putPid(const std::string& label, pid_t program);
+std::optional<pid_t> pid(const std::string& label);
+
+/// Removes the file LABEL.WHAT.
 void remove(const std::string& label, const std::string& what);
 
-/// Every loaded label, sorted.
-std::vector<std::string> labels();
-
-}  // namespace state
+}  // namespace launchctl::state
 
 #endif

@@ -19,6 +19,7 @@
 using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 
+namespace launchctl {
 namespace {
 
 constexpr auto kThrottle = 1s;   // between two starts of a program that keeps ending
@@ -52,7 +53,7 @@ class Supervisor {
     void start() {
         started_ = Clock::now();
         program_ = std::max(startProgram(agent_), 0);
-        if (program_ != 0) state::put(agent_.label, "pid", program_);
+        if (program_ != 0) state::putPid(agent_.label, program_);
     }
 
     /// Waits for a signal, at most until the program may be started again. SIGINT counts as
@@ -71,11 +72,9 @@ class Supervisor {
     }
 
     void reap() {
-        int status = 0;
-        if (program_ == 0 || waitpid(program_, &status, WNOHANG) != program_) return;
+        if (program_ == 0 || waitpid(program_, nullptr, WNOHANG) != program_) return;
         program_ = 0;
         state::remove(agent_.label, "pid");
-        state::put(agent_.label, "status", status);
     }
 
     void stop() {
@@ -153,10 +152,12 @@ void stopSupervisor(const std::string& label) {
     if (!pid) return;
     kill(*pid, SIGTERM);
     if (isLoadedUntil(label, Clock::now() + kStopLimit)) {
-        const std::optional<int> program = state::get(label, "pid");
+        const std::optional<pid_t> program = state::pid(label);
         kill(*pid, SIGKILL);
         if (program) signalProgram(*program, SIGKILL);
         isLoadedUntil(label, Clock::now() + kStopLimit);
     }
-    for (const char* what : {"pid", "status", "supervisor"}) state::remove(label, what);
+    for (const char* what : {"pid", "supervisor"}) state::remove(label, what);
 }
+
+}  // namespace launchctl

@@ -15,7 +15,6 @@
 #include <thread>
 
 namespace sandbox {
-
 namespace {
 
 constexpr char kAnyTarget[] = "[^]*";
@@ -138,11 +137,13 @@ class FileServer::Implementation {
     }
 
     Handler find(const Request& request) const {
-        if (const auto file = files_.find(request.path()); file != files_.end())
+        if (const auto file = files_.find(request.path()); file != files_.end()) {
             return [reply = file->second](const Request&) { return reply; };
+        }
         const Handler* longest = nullptr;
-        for (const auto& [prefix, handler] : handlers_)
+        for (const auto& [prefix, handler] : handlers_) {
             if (request.target.starts_with(prefix)) longest = &handler;  // longer ones sort later
+        }
         if (longest != nullptr) return *longest;
         return [](const Request&) { return Reply{.status = 404}; };
     }

@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -45,6 +46,9 @@ struct Request {
     /// The value of a header, in whatever letter case its name came; empty when there is none.
     std::string header(const std::string& name) const;
 };
+
+/// The request whose head this is, as readHead() gives it; the body and the caller are left empty.
+Request parseHead(std::string_view head);
 
 }  // namespace sandbox
 

@@ -1,4 +1,3 @@
-// Taking logs in.
 #include "log_server.h"
 
 #include <atomic>
@@ -9,15 +8,13 @@
 #include <system_error>
 
 namespace sandbox {
-
 namespace {
 
 constexpr char kPrefix[] = "/logs/";
 
+/// Of a file in the folder itself, and not of one that is still being written.
 bool isPlainName(const std::string& name) {
-    constexpr char kPlain[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789.-_";
-    return !name.empty() && name.front() != '.' &&
-           name.find_first_not_of(kPlain) == std::string::npos;
+    return !name.empty() && name.front() != '.' && name.find_first_of("/%?") == std::string::npos;
 }
 
 /// Renamed into place from a name that no log can have, so that nobody sees half a file.
@@ -37,11 +34,13 @@ bool store(const std::filesystem::path& folder, const std::string& name, const s
 }  // namespace
 
 void serveLogs(FileServer& server, const std::string& folder) {
-    if (!folder.empty() && !std::filesystem::is_directory(folder))
+    if (!folder.empty() && !std::filesystem::is_directory(folder)) {
         throw std::runtime_error(folder + " is no folder");
+    }
     server.handle(kPrefix, [folder](const Request& request) {
-        if (request.method != "PUT")
+        if (request.method != "PUT") {
             return Reply{.status = 405, .body = {}, .headers = {{"Allow", "PUT"}}};
+        }
         const std::string name = request.target.substr(sizeof kPrefix - 1);
         if (!isPlainName(name)) return Reply{.status = 404};
         if (!folder.empty() && !store(folder, name, request.body)) return Reply{.status = 500};

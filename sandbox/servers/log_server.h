@@ -8,9 +8,9 @@
 
 namespace sandbox {
 
-/// Answers a PUT of /logs/NAME with 200, and nothing else. NAME is made of letters, digits, ".",
-/// "-" and "_", and does not begin with "."; the body becomes FOLDER/NAME, all of it at once. An
-/// empty `folder` throws it away. Throws std::runtime_error when `folder` is not one.
+/// Answers a PUT of /logs/NAME with 200, and nothing else. NAME has no "/", "%" or "?"
+/// and does not begin with "."; the body becomes FOLDER/NAME, all of it at once. An empty `folder`
+/// throws it away. Throws std::runtime_error when `folder` is not one.
 void serveLogs(FileServer& server, const std::string& folder = {});
 
 }  // namespace sandbox

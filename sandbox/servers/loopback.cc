@@ -1,4 +1,3 @@
-// Socket calls shared by the hand-made servers.
 #include "loopback.h"
 
 #include <arpa/inet.h>
@@ -12,7 +11,6 @@
 #include <system_error>
 
 namespace sandbox {
-
 namespace {
 
 struct Address {
@@ -51,8 +49,9 @@ int portOf(int fd) {
 int beginConnecting(int port) {
     const int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
     const Address address(port);
-    if (connect(fd, address.get(), sizeof address.in) != 0 && errno != EINPROGRESS)
+    if (connect(fd, address.get(), sizeof address.in) != 0 && errno != EINPROGRESS) {
         throw std::system_error(errno, std::generic_category(), "port " + std::to_string(port));
+    }
     return fd;
 }
 

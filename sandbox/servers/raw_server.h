@@ -4,6 +4,7 @@
 #define SANDBOX_SERVERS_RAW_SERVER_H
 
 #include <functional>
+#include <list>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -39,18 +40,21 @@ class RawServer {
 
   private:
     struct Connection {
-        int fd;
-        std::thread thread;
+        int fd;  // -1 once it is closed
+        std::thread thread = {};
     };
 
     void accept();
-    void serve(int fd);
+    void serve(Connection& connection);
+    void forgetClosed();
+    void end(const Connection& connection);
 
     const Talk talk_;
     int listener_;
     int port_ = 0;
     mutable std::mutex mutex_;
-    std::vector<Connection> connections_;
+    std::list<Connection> connections_;
+    size_t accepted_ = 0;
     std::vector<std::string> heads_;
     std::thread thread_;
 };

@@ -1,4 +1,3 @@
-// Reading a release folder and putting it on servers.
 #include "release.h"
 
 #include <filesystem>
@@ -6,14 +5,14 @@
 #include <stdexcept>
 
 namespace sandbox {
-
 namespace {
 
 Body readFile(const std::filesystem::path& path) {
     std::string bytes(std::filesystem::file_size(path), '\0');
     std::ifstream file(path, std::ios::binary);
-    if (!file.read(bytes.data(), static_cast<std::streamsize>(bytes.size())))
+    if (!file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()))) {
         throw std::runtime_error("cannot read " + path.string());
+    }
     return bytes;
 }
 
@@ -22,8 +21,9 @@ Body readFile(const std::filesystem::path& path) {
 Release readRelease(const std::string& dir) {
     const std::filesystem::path folder(dir);
     Release release{.clientIni = readFile(folder / "client.ini"), .files = {}};
-    for (const auto& entry : std::filesystem::directory_iterator(folder / "files"))
+    for (const auto& entry : std::filesystem::directory_iterator(folder / "files")) {
         release.files[entry.path().filename()] = readFile(entry.path());
+    }
     return release;
 }
 

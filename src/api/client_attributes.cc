@@ -1,19 +1,16 @@
-// What the client says about itself.
 #include <cstddef>
 
 #include "api/handle.h"
-#include "api/last_error.h"
 #include "api/outcome.h"
 #include "api/request_path.h"
+#include "api/result/last_error.h"
 #include "support/files.h"
 #include "support/memory.h"
 #include "support/owned.h"
 #include "support/paths.h"
-#include "support/text_copy.h"
+#include "support/product.h"
+#include "support/text.h"
 #include "support/text_extraction.h"
-
-using velnor::JSONReply;
-using velnor::OwnedText;
 
 // The layout is known to programs that are already built.
 static_assert(sizeof(void*) != 8 ||
@@ -27,6 +24,7 @@ static_assert(sizeof(void*) != 8 ||
                offsetof(ClientAttributes, configurationversion) == 48 &&
                offsetof(ClientAttributes, guid) == 56));
 
+namespace velnor {
 namespace {
 
 constexpr uint32_t kGuidLength = 32;
@@ -38,33 +36,39 @@ void release(ClientAttributes* attributes) {
     _vn_free(&attributes->guid);
 }
 
-// From the installation and not from the client; empty without one.
-OwnedText readGuid() {
-    const OwnedText path(_vn_getInstallPathForFile("guid.ini"));
+// From the installation and not from the client; absent without one.
+Found readGuid(OwnedText* guid) {
+    const OwnedText path(_vn_getInstallPathForFile(kGuidFile));
+    if (!path) return Found::NoMemory;
     char text[kGuidLength + 1] = {};
-    if (!path || _vn_readFile(path.get(), text, kGuidLength, "r") == 0) return {};
-    return velnor::copyText(text);
+    if (_vn_readFile(path.get(), text, kGuidLength, "r") == 0) return Found::Absent;
+    *guid = copyText(text);
+    return *guid ? Found::Here : Found::NoMemory;
 }
 
-void fill(ClientAttributes* attributes, const JSONReply& reply) {
+// False when there is no memory for a text.
+bool fill(ClientAttributes* attributes, const JSONReply& reply) {
+    OwnedText executable;
+    OwnedText configuration;
+    OwnedText guid;
+    if (reply.text("executableversion", &executable) == Found::NoMemory ||
+        reply.text("configurationversion", &configuration) == Found::NoMemory ||
+        readGuid(&guid) == Found::NoMemory) {
+        return false;
+    }
     attributes->isonline = reply.isTrue("isonline") ? 1 : 0;
     attributes->sharerate = reply.number("sharerate");
     attributes->downloadrate = reply.number("downloadrate");
     attributes->version = static_cast<int32_t>(reply.number("version"));
     attributes->acceptedeula = reply.isTrue("acceptedeula") ? 1 : 0;
-    attributes->executableversion = reply.text("executableversion").release();
-    attributes->configurationversion = reply.text("configurationversion").release();
-}
-
-// Notes whether memory was short before a missing guid.ini leaves a code of its own.
-bool read(ClientAttributes* attributes, const char* reply) {
-    fill(attributes, JSONReply(reply));
-    if (_vn_getLastError() == INSTALL_ERROR_INSUFFICIENTMEMORY) return false;
-    attributes->guid = readGuid().release();
-    return _vn_getLastError() != INSTALL_ERROR_INSUFFICIENTMEMORY;
+    attributes->executableversion = executable.release();
+    attributes->configurationversion = configuration.release();
+    attributes->guid = guid.release();
+    return true;
 }
 
 }  // namespace
+}  // namespace velnor
 
 int32_t vn_getAttributes(ApiHandle* handle, int32_t cid, ClientAttributes* attributes,
                          uint32_t reserved) {
@@ -74,18 +78,20 @@ int32_t vn_getAttributes(ApiHandle* handle, int32_t cid, ClientAttributes* attri
     _vn_setLastError(INSTALL_ERROR_INTERNAL);
     velnor::RequestPath request("getClientAttributes", cid);
     request.add("&complete");
-    const OwnedText reply(_vn_makeAPIRequest(handle, cid, request.get()));
+    const auto reply = velnor::ask(handle, cid, request.get());
     if (!reply) return -1;
-    release(attributes);
-    if (read(attributes, reply.get())) return velnor::conclude(INSTALL_ERROR_OK);
-    release(attributes);
-    return -1;
+    velnor::release(attributes);
+    if (velnor::fill(attributes, reply->json) && !reply->json.outOfMemory()) {
+        return velnor::conclude(INSTALL_ERROR_OK);
+    }
+    velnor::release(attributes);
+    return velnor::conclude(INSTALL_ERROR_INSUFFICIENTMEMORY);
 }
 
 int32_t vn_cleanAttributes(ApiHandle* handle, ClientAttributes* attributes, uint32_t reserved) {
     if (handle == nullptr || attributes == nullptr || reserved != 0) {
         return velnor::refuseArguments();
     }
-    release(attributes);
+    velnor::release(attributes);
     return 0;
 }

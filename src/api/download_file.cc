@@ -1,19 +1,14 @@
-// Starting a download.
 #include <openssl/evp.h>
 
 #include <cstddef>
 #include <cstring>
 
-#include "api/challenge.h"
 #include "api/handle.h"
-#include "api/last_error.h"
 #include "api/outcome.h"
 #include "api/request_path.h"
+#include "api/result/last_error.h"
 #include "support/format.h"
 #include "support/owned.h"
-
-using velnor::OwnedText;
-using velnor::RequestPath;
 
 // The layout is known to programs that are already built.
 static_assert(
@@ -27,13 +22,14 @@ static_assert(
      offsetof(DownloadOptions, httpDelay) == 64 &&
      offsetof(DownloadOptions, keepPhysicalFileOnDelete) == 72));
 
+namespace velnor {
 namespace {
 
-// A second reset is not followed by a third pass, deliberately: a client that can do nothing but
-// reset would be asked for ever.
+// A second reset is not followed by a third pass: a client that can do nothing but reset would be
+// asked for ever.
 constexpr int kPasses = 2;
 // Base64 (RFC 4648, section 4) with its terminator.
-constexpr size_t kBase64Size = 256;
+constexpr size_t kBase64Size = (velnor::kLongestLogin + 2) / 3 * 4 + 1;
 // A flag of ours beside the public ones.
 constexpr uint32_t kResetDownload = 1u << 31;
 
@@ -89,7 +85,7 @@ bool encodeBasicAuth(Query* query) {
     const int32_t length =
         _vn_snprintf(joined.out(), 0, "%s:%s", options.basicAuthUser, options.basicAuthPassword);
     if (length == 0) return false;
-    if ((static_cast<size_t>(length) + 2) / 3 * 4 >= kBase64Size) {
+    if (static_cast<size_t>(length) > velnor::kLongestLogin) {
         _vn_setLastError(INSTALL_ERROR_INVALIDARGUMENT);
         return false;
     }
@@ -106,15 +102,14 @@ bool prepare(const DownloadOptions* options, Query* query) {
 }
 
 // The client's reply; the one that followed on a challenge, if it made one.
-OwnedText request(ApiHandle* handle, int32_t cid, const char* url, Query query) {
+std::optional<Reply> request(ApiHandle* handle, int32_t cid, const char* url, Query query) {
     const RequestPath path = requestFor(cid, url, query);
-    OwnedText reply(_vn_makeAPIRequest(handle, cid, path.get()));
+    std::optional<Reply> reply = ask(handle, cid, path.get());
     if (!reply || query.options.path == nullptr) return reply;
     // The order to begin anew went out with the first request.
     query.flags &= ~kResetDownload;
     const RequestPath repeated = requestFor(cid, url, query);
-    return OwnedText(
-        _vn_answerChallenge(handle, cid, url, repeated.get(), reply.release(), query.options.path));
+    return answerChallenge(handle, cid, url, repeated.get(), *std::move(reply), query.options.path);
 }
 
 // Whether the client tells the download's state; else with the code.
@@ -125,22 +120,27 @@ bool hasState(ApiHandle* handle, int32_t cid, const char* url) {
     return true;
 }
 
+// The reply that the call is judged by; nothing, with the code, when it has failed before that.
+std::optional<Reply> download(ApiHandle* handle, int32_t cid, const char* url, Query query) {
+    for (int pass = 1;; ++pass) {
+        _vn_setLastError(INSTALL_ERROR_INTERNAL);
+        std::optional<Reply> reply = request(handle, cid, url, query);
+        if (!reply || hasState(handle, cid, url)) return reply;
+        if (_vn_getLastError() != INSTALL_ERROR_DOWNLOAD_RESET) return std::nullopt;
+        if (pass == kPasses) return reply;
+        query.flags |= kResetDownload;
+    }
+}
+
 }  // namespace
+}  // namespace velnor
 
 int32_t vn_downloadFile(ApiHandle* handle, int32_t cid, const char* url,
                         const DownloadOptions* options) {
     if (handle == nullptr || cid < 0 || url == nullptr) return velnor::refuseArguments();
-    Query query;
+    velnor::Query query;
     _vn_setLastError(INSTALL_ERROR_INTERNAL);
-    if (!prepare(options, &query)) return -1;
-    OwnedText reply;
-    for (int pass = 0; pass < kPasses; ++pass) {
-        _vn_setLastError(INSTALL_ERROR_INTERNAL);
-        reply = request(handle, cid, url, query);
-        if (!reply) return -1;
-        if (hasState(handle, cid, url)) break;
-        if (_vn_getLastError() != INSTALL_ERROR_DOWNLOAD_RESET) return -1;
-        query.flags |= kResetDownload;
-    }
-    return velnor::concludeFor(url, reply.get());
+    if (!velnor::prepare(options, &query)) return -1;
+    const auto reply = velnor::download(handle, cid, url, query);
+    return reply ? velnor::concludeFor(url, reply->json) : -1;
 }

@@ -1,20 +1,14 @@
-// The state of one download.
 #include <cstddef>
 #include <cstring>
 
-#include "api/file_status.h"
 #include "api/handle.h"
-#include "api/last_error.h"
 #include "api/outcome.h"
 #include "api/request_path.h"
-#include "api/response_check.h"
+#include "api/result/last_error.h"
 #include "support/memory.h"
 #include "support/owned.h"
-#include "support/text_copy.h"
+#include "support/text.h"
 #include "support/text_extraction.h"
-
-using velnor::JSONReply;
-using velnor::OwnedText;
 
 // The layout is known to programs that are already built.
 static_assert(sizeof(void*) != 8 ||
@@ -28,7 +22,26 @@ static_assert(sizeof(void*) != 8 ||
                offsetof(FileAttributes, error) == 80 && offsetof(FileAttributes, suberror) == 88 &&
                offsetof(FileAttributes, verifiedcontentmd5) == 96));
 
+namespace velnor {
 namespace {
+
+// The states of a download: value, the client's keyword, English text.
+constexpr struct {
+    int32_t value;
+    const char* keyword;
+    const char* text;
+} kStatuses[] = {
+    {FILE_STATUS_SEARCHING, "SEARCHING", "Searching"},
+    {FILE_STATUS_WAITING, "WAITING", "Waiting"},
+    {FILE_STATUS_DOWNLOADING, "DOWNLOADING", "Downloading"},
+    {FILE_STATUS_PAUSED, "PAUSED", "Paused"},
+    {FILE_STATUS_COMPLETE, "COMPLETE", "Complete"},
+    {FILE_STATUS_INSUFFICIENTDISKSPACE, "INSUFFICIENTDISKSPACE", "Insufficient Disk Space"},
+    {FILE_STATUS_DISCONNECTED, "DISCONNECTED", "Disconnected"},
+    {FILE_STATUS_NOTFOUND, "NOTFOUND", "Not Found"},
+    {FILE_STATUS_FORBIDDEN, "FORBIDDEN", "Forbidden"},
+    {FILE_STATUS_MOVING, "MOVING", "Moving"},
+};
 
 constexpr struct {
     const char* key;
@@ -54,25 +67,48 @@ void clear(FileAttributes* attributes) {
     std::memset(attributes, 0, sizeof *attributes);
 }
 
-void fill(FileAttributes* attributes, int32_t cid, const char* url, const char* status,
+// In any letter case; FILE_STATUS_UNKNOWN for a keyword that is none.
+int32_t statusFromKeyword(const char* keyword) {
+    for (const auto& known : kStatuses) {
+        if (equalIgnoringCase(keyword, known.keyword)) return known.value;
+    }
+    return FILE_STATUS_UNKNOWN;
+}
+
+// False when there is no memory for a text.
+bool fill(FileAttributes* attributes, int32_t cid, const char* url, const char* status,
           const JSONReply& reply) {
-    _vn_fileStatusFromKeyword(status, &attributes->status);
+    attributes->status = statusFromKeyword(status);
     attributes->cid = cid;
-    attributes->url = velnor::copyText(url).release();
-    for (const auto& [key, member] : kTexts) attributes->*member = reply.text(key).release();
     for (const auto& [key, member] : kNumbers) attributes->*member = reply.number(key);
+    for (const auto& [key, member] : kTexts) {
+        OwnedText text;
+        if (reply.text(key, &text) == Found::NoMemory) return false;
+        attributes->*member = text.release();
+    }
+    attributes->url = copyText(url).release();
+    return attributes->url != nullptr;
 }
 
 InstallResult read(FileAttributes* attributes, int32_t cid, const char* url,
                    const JSONReply& reply) {
     if (reply.isTrue("resetdownload")) return INSTALL_ERROR_DOWNLOAD_RESET;
-    const OwnedText status = reply.text("status");
-    if (!status) return velnor::attributesFailure(reply, url);
-    fill(attributes, cid, url, status.get(), reply);
-    return INSTALL_ERROR_OK;
+    OwnedText status;
+    const Found found = reply.text("status", &status);
+    if (found == Found::Absent) return attributesFailure(reply, url);
+    const bool filled = found == Found::Here && fill(attributes, cid, url, status.get(), reply);
+    return filled ? INSTALL_ERROR_OK : INSTALL_ERROR_INSUFFICIENTMEMORY;
 }
 
 }  // namespace
+}  // namespace velnor
+
+const char* vn_fileStatusToString(int32_t status) {
+    for (const auto& known : velnor::kStatuses) {
+        if (known.value == status) return known.text;
+    }
+    return "Unknown State";
+}
 
 int32_t vn_getFileAttributes(ApiHandle* handle, int32_t cid, const char* url,
                              FileAttributes* attributes, uint32_t reserved) {
@@ -80,21 +116,21 @@ int32_t vn_getFileAttributes(ApiHandle* handle, int32_t cid, const char* url,
         return velnor::refuseArguments();
     }
     _vn_setLastError(INSTALL_ERROR_INTERNAL);
-    clear(attributes);
+    velnor::clear(attributes);
     velnor::RequestPath request("getFileAttributes", cid, url);
     request.add("&complete");
-    const OwnedText reply(_vn_makeAPIRequest(handle, cid, request.get()));
+    const auto reply = velnor::ask(handle, cid, request.get());
     if (!reply) return -1;
-    const InstallResult code = read(attributes, cid, url, JSONReply(reply.get()));
-    if (velnor::conclude(code) == 0) return 0;
-    clear(attributes);
-    return -1;
+    InstallResult code = velnor::read(attributes, cid, url, reply->json);
+    if (reply->json.outOfMemory()) code = INSTALL_ERROR_INSUFFICIENTMEMORY;
+    if (code != INSTALL_ERROR_OK) velnor::clear(attributes);
+    return velnor::conclude(code);
 }
 
 int32_t vn_cleanFileAttributes(ApiHandle* handle, FileAttributes* attributes, uint32_t reserved) {
     if (handle == nullptr || attributes == nullptr || reserved != 0) {
         return velnor::refuseArguments();
     }
-    clear(attributes);
+    velnor::clear(attributes);
     return 0;
 }

@@ -1,12 +1,11 @@
-// Request paths in a buffer of their greatest size.
 #include "api/request_path.h"
 
 #include <cstdio>
 #include <cstring>
 
-#include "api/client_interface.h"
 #include "support/encodings.h"
 #include "support/owned.h"
+#include "support/product.h"
 
 namespace velnor {
 

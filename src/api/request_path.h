@@ -7,8 +7,14 @@
 
 namespace velnor {
 
-/// Holds at most 1023 characters. A piece for which there is no room, or no memory to encode it,
-/// spoils the path.
+/// Most characters of a path.
+inline constexpr size_t kLongestRequest = 1023;
+
+/// Most bytes of "user:password", which goes into a request in Base64.
+inline constexpr size_t kLongestLogin = 189;
+
+/// Holds at most kLongestRequest characters. A piece for which there is no room, or no memory to
+/// encode it, spoils the path.
 class RequestPath {
   public:
     /// Begins with "api?function=", the function, "&cid=", and the API version.
@@ -27,7 +33,7 @@ class RequestPath {
     const char* get() const { return spoilt_ ? nullptr : text_; }
 
   private:
-    char text_[1024] = {};
+    char text_[kLongestRequest + 1] = {};
     size_t size_ = 0;
     bool spoilt_ = false;
 };

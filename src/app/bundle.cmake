@@ -1,6 +1,6 @@
 # The installer application. Installer.app has the layout of the system it is built on: a Mac's with
 # Contents, or GNUstep's with the program beside its Resources.
-velnor_room(app SOURCES app/failure_message.cc app/readable_text.cc USES velnor_support)
+velnor_room(app SOURCES app/failure_message.cc USES velnor_support)
 
 foreach(language English French German Japanese Spanish)
   list(APPEND tables app/Resources/${language}.lproj/Localizable.strings)

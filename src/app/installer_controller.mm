@@ -1,4 +1,3 @@
-// The window, the worker thread and the alert.
 #import "app/installer_controller.h"
 
 #include <unistd.h>
@@ -112,8 +111,8 @@ void removeWhatFailed() {
 
 - (void)applicationDidFinishLaunching:(NSNotification*)notification {
     (void)notification;
-    velnor::useFontFor(localizedText("FAILED_TO_INSTALL"));
-    velnor::keepEventsFlowing();
+    velnor::platform::useFontFor(localizedText("FAILED_TO_INSTALL"));
+    velnor::platform::keepEventsFlowing();
     progressIndicator = [[NSProgressIndicator alloc] init];
     [progressIndicator setStyle:NSProgressIndicatorBarStyle];
     [progressIndicator setIndeterminate:NO];

@@ -6,13 +6,12 @@
 
 #import "app/installer_controller.h"
 #include "platform/desktop.h"
-#include "platform/display.h"
 
 namespace {
 
 void runInstaller() {
     NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
-    velnor::showWindowsAlone();
+    velnor::platform::showWindowsAlone();
     InstallerController* controller = [InstallerController getGlobalInstance];
     NSApplication* application = [NSApplication sharedApplication];
     [application activateIgnoringOtherApps:YES];
@@ -25,9 +24,9 @@ void runInstaller() {
 
 int main() {
     std::signal(SIGPIPE, SIG_IGN);
-    velnor::watchDisplay([] { [InstallerController displayHasGone]; });
+    velnor::platform::watchDisplay([] { [InstallerController displayHasGone]; });
     // Asked first, because the controller installs as soon as it exists.
-    if (!velnor::hasDisplay()) {
+    if (!velnor::platform::hasDisplay()) {
         std::cerr << "The installer needs a display and finds none. Nothing was installed.\n";
         return 0;
     }

@@ -1,4 +1,3 @@
-// The client probe on plain sockets and select(2).
 #include "detect/euc_utils.h"
 
 #include <arpa/inet.h>
@@ -14,25 +13,27 @@
 #include <new>
 #include <utility>
 
-#include "api/client_interface.h"
+#include "support/product.h"
 
 namespace EUCUtils {
 namespace {
 
 constexpr int kConnectRounds = 100;
+constexpr size_t kReplySize = 1024;
 constexpr char kPing[] = "GET /api?function=ping&cid=0 HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n";
+static_assert(velnor::kClientPort == 9421, "The messages name it.");
 
 constexpr bool kWithErrno = true;
 constexpr bool kPlain = false;
-// Failures that pass this leave the socket open, deliberately: which failures close it is as fixed
-// as their texts.
+// Failures that pass this leave the socket open: which failures close it is as fixed by the
+// interface as their texts.
 constexpr int kLeaveOpen = -1;
 
 enum class Direction { Read, Write };
 
 // Waits up to 1 second for the socket. But once a signal has interrupted a select, selects with
-// the same sets repeat until one fails for another reason, deliberately: nothing but the next round
-// clears the mark.
+// the same sets repeat until one fails for another reason: nothing but the next round clears the
+// mark.
 int waitFor(int fd, Direction direction) {
     fd_set readSet;
     fd_set writeSet;
@@ -82,7 +83,7 @@ bool prepareSocket(int* fd, sockaddr_in* address, std::string& message) {
     }
     address->sin_family = AF_INET;
     address->sin_port = htons(velnor::kClientPort);
-    const int parsed = inet_pton(AF_INET, "127.0.0.1", &address->sin_addr);
+    const int parsed = inet_pton(AF_INET, velnor::kClientHost, &address->sin_addr);
     if (parsed == 0) return findClientFailed(message, "Unparsable address.", kPlain, kLeaveOpen);
     if (parsed < 0) {
         return findClientFailed(message, "Error: inet_pton() failed: ", kWithErrno, kLeaveOpen);
@@ -112,7 +113,7 @@ bool awaitConnection(int fd, int early, std::string& message) {
                                     kPlain, kLeaveOpen);
         }
         if (error != EINPROGRESS) {
-            // The text of errno and not of the pending error, deliberately.
+            // The text of errno and not of the pending error is fixed by the interface.
             return findClientFailed(message, "Error connecting: ", kWithErrno, kLeaveOpen);
         }
     }
@@ -151,32 +152,32 @@ bool sendPing(int fd, std::string& message) {
     return true;
 }
 
-// Waits for the reply and closes the socket in every case.
-bool receiveReply(int& fd, std::string& reply, std::string& message) {
+// Waits for the reply, which fills `reply` with its terminator, and closes the socket in every
+// case.
+bool receiveReply(int& fd, char (&reply)[kReplySize], std::string& message) {
     const int ready = waitFor(fd, Direction::Read);
     if (ready == 0) {
         return findClientFailed(
             message, "Timeout getting response from EUC client, try restarting.", kPlain, fd);
     }
     if (ready < 0) return findClientFailed(message, "Select failed to read: ", kWithErrno, fd);
-    char buffer[1024];
-    const ssize_t received = recv(fd, buffer, sizeof buffer - 1, 0);
+    const ssize_t received = recv(fd, reply, sizeof reply - 1, 0);
     if (received < 0) {
         return findClientFailed(message, "Error reading from EUC client: ", kWithErrno, fd);
     }
     close(std::exchange(fd, -1));
-    buffer[received] = '\0';
-    reply = buffer;
+    reply[received] = '\0';
     return true;
 }
 
 bool pingLoadedClient(int& fd, std::string& message) {
     if (!connectToClient(&fd, message) || !sendPing(fd, message)) return false;
-    std::string reply;
+    // No text of the library: a client that is there must not seem to be none without memory.
+    char reply[kReplySize];
     if (!receiveReply(fd, reply, message)) return false;
-    if (reply.find("pong") != std::string::npos) return true;
+    if (std::strstr(reply, "pong") != nullptr) return true;
     return findClientFailed(message,
-                            "Unrecognized response from port 9421: '" + reply +
+                            "Unrecognized response from port 9421: '" + std::string(reply) +
                                 "', is another service using this port?",
                             kPlain, -1);
 }

@@ -1,28 +1,22 @@
-// Interpreting values of client.ini.
 #include "install/client_ini.h"
 
 #include <cstring>
 
-#include "api/last_error.h"
 #include "support/format.h"
-#include "support/text_copy.h"
-#include "support/text_extraction.h"
-#include "velnor/capi.h"
+#include "support/text.h"
+#include "support/url.h"
 #include "velnor_deployment.h"
 
 namespace velnor {
 
-OwnedText iniValue(const char* iniText, const char* key) {
-    _vn_setLastError(INSTALL_ERROR_INTERNAL);
-    return OwnedText(_vn_pluckString(iniText, key));
+Found iniValue(const char* iniText, const char* key, OwnedText* value) {
+    const auto found = lineValue(iniText, key);
+    *value = found ? copyText(*found) : OwnedText();
+    if (!found) return Found::Absent;
+    return *value ? Found::Here : Found::NoMemory;
 }
 
-bool isOutOfMemory() { return _vn_getLastError() == INSTALL_ERROR_INSUFFICIENTMEMORY; }
-
-bool isRewriteOn(const char* iniText) {
-    const OwnedText value = iniValue(iniText, kRewriteKey);
-    return value && std::strcmp(value.get(), "true") == 0;
-}
+bool isRewriteOn(const char* iniText) { return lineValue(iniText, kRewriteKey) == "true"; }
 
 const char* fileNameOf(const char* url) {
     const char* name = url;
@@ -35,13 +29,11 @@ const char* fileNameOf(const char* url) {
 }
 
 OwnedText rewriteToContentHost(const char* url) {
-    static constexpr char kSeparator[] = "://";
-    const char* separator = std::strstr(url, kSeparator);
-    if (separator == nullptr) return copyText(url);
+    const char* host = behindScheme(url);
+    if (host == nullptr) return copyText(url);
     OwnedText rewritten;
-    const char* rest = separator + sizeof kSeparator - 1;
-    _vn_snprintf(rewritten.out(), 0, "%.*s%s/%s", static_cast<int>(rest - url), url,
-                 deployment::kContentHost, rest);
+    _vn_snprintf(rewritten.out(), 0, "%.*s%s/%s", static_cast<int>(host - url), url,
+                 deployment::kContentHost, host);
     return rewritten;
 }
 

@@ -3,6 +3,9 @@
 #define VELNOR_INSTALL_CLIENT_INI_H
 
 #include "support/owned.h"
+#include "support/text_extraction.h"
+
+namespace velnor {
 
 // Keys of client.ini, with the separator that belongs to the search.
 inline constexpr char kLogUploadUrlKey[] = "LogfileUploadURL=";
@@ -15,14 +18,8 @@ inline constexpr char kUninstallerUrlKey[] = "MacOSUninstallerURL=";
 inline constexpr char kUninstallerSignatureKey[] = "MacOSUninstallerSig=";
 inline constexpr char kUninstallTimeoutKey[] = "UninstallTimeOutSec=";
 
-namespace velnor {
-
-/// The value of `key` in client.ini, or empty. An empty one leaves the last error at 4 when it is
-/// for want of memory, and at 3 when the key is not there.
-OwnedText iniValue(const char* iniText, const char* key);
-
-/// True when the last error is 4, which tells an empty iniValue from a missing one.
-bool isOutOfMemory();
+/// Stores the value of `key` in client.ini, or null, in `*value`.
+Found iniValue(const char* iniText, const char* key, OwnedText* value);
 
 /// True when the content-host rewrite is switched on: by "true" exactly.
 bool isRewriteOn(const char* iniText);

@@ -1,9 +1,8 @@
-// Codes with a detail and the plain codes that stand in for them.
 #include "install/detail.h"
 
 #include <cstring>
 
-#include "api/last_error.h"
+#include "api/result/last_error.h"
 
 namespace velnor {
 namespace {
@@ -11,8 +10,7 @@ namespace {
 InstallResult plainCode(InstallResult code) {
     switch (code) {
         case INSTALL_ERROR_DOWNLOAD_FAILURE:
-        // The network code for a failed verification too, deliberately: callers without a detail
-        // treat an artifact that is not the maker's as one that did not arrive.
+        // To a caller without a detail, an artifact that is not the maker's did not arrive.
         case INSTALL_ERROR_VERIFICATION_FAILURE:
             return INSTALL_ERROR_NETWORK;
         case INSTALL_ERROR_INI_PATH_NOT_FOUND:

@@ -1,25 +1,23 @@
-// guid.ini: reading it, and writing it with its explanation.
-#include "install/identity.h"
-
 #include <cstdint>
 #include <cstring>
 
-#include "api/last_error.h"
+#include "api/result/last_error.h"
+#include "install/records.h"
 #include "support/files.h"
 #include "support/format.h"
 #include "support/log_file.h"
 #include "support/memory.h"
 #include "support/owned.h"
 #include "support/paths.h"
+#include "support/product.h"
 #include "velnor/capi.h"
 #include "velnor_deployment.h"
 
-using velnor::kGuidLength;
-using velnor::OwnedText;
-
+namespace velnor {
 namespace {
 
 constexpr char kFunction[] = "_vn_generateGuid";
+constexpr uint32_t kGuidLength = 32;
 
 // Follows the GUID at once; "%s" are the web and the support address.
 constexpr char kHeaderFormat[] =
@@ -55,14 +53,14 @@ constexpr char kHeaderFormat[] =
 
 // 1394 bytes with addresses of 75 bytes together; only the addresses differ between deployments.
 constexpr size_t kAddressesSize =
-    sizeof velnor::deployment::kWebAddress - 1 + sizeof velnor::deployment::kSupportAddress - 1;
+    sizeof deployment::kWebAddress - 1 + sizeof deployment::kSupportAddress - 1;
 constexpr size_t kHeaderSize = sizeof kHeaderFormat - 1 - 2 * (sizeof "%s" - 1) + kAddressesSize;
 static_assert(kHeaderSize - kAddressesSize == 1394 - 75);
 
 enum class RandomBytes { Missing, Present };
 
 RandomBytes readRandomBytes(uint8_t* bytes, size_t size) {
-    const velnor::File random = velnor::openFile("/dev/urandom", "r");
+    const File random = openFile("/dev/urandom", "r");
     if (!random) {
         VN_LOG_ERROR(kFunction, "Could not open /dev/urandom");
         return RandomBytes::Missing;
@@ -75,12 +73,12 @@ RandomBytes readRandomBytes(uint8_t* bytes, size_t size) {
     return RandomBytes::Present;
 }
 
-// Appends, deliberately: a guid.ini that is too short keeps its old bytes in front.
+// Appends: what stands in a guid.ini that is too short may be all that is left of an identity.
 bool save(const char* path, const char* guid) {
     OwnedText header;
     OwnedText text;
-    if (_vn_snprintf(header.out(), kHeaderSize + 1, kHeaderFormat, velnor::deployment::kWebAddress,
-                     velnor::deployment::kSupportAddress) == 0) {
+    if (_vn_snprintf(header.out(), kHeaderSize + 1, kHeaderFormat, deployment::kWebAddress,
+                     deployment::kSupportAddress) == 0) {
         return false;
     }
     const int32_t size = _vn_snprintf(text.out(), 0, "%s%s", guid, header.get());
@@ -102,26 +100,28 @@ void generate(const char* path, char* guid) {
 }
 
 }  // namespace
+}  // namespace velnor
 
 char* _vn_generateGuid() {
-    OwnedText guid(static_cast<char*>(_vn_malloc(kGuidLength + 1)));
+    velnor::OwnedText guid(static_cast<char*>(_vn_malloc(velnor::kGuidLength + 1)));
     if (!guid) {
-        VN_LOG_ERROR(kFunction, "Could not allocate enough memory for guid. Exiting");
+        VN_LOG_ERROR(velnor::kFunction, "Could not allocate enough memory for guid. Exiting");
         _vn_setLastError(INSTALL_ERROR_INSUFFICIENTMEMORY);
         return nullptr;
     }
     char installPath[velnor::kPathSize];
     char path[velnor::kPathSize];
     if (_vn_getInstallPath(installPath, sizeof installPath) == 0 ||
-        !velnor::formatPath(path, "%s/%s", installPath, "guid.ini")) {
+        !velnor::formatPath(path, "%s/%s", installPath, velnor::kGuidFile)) {
         return nullptr;
     }
-    std::memset(guid.get(), 0, kGuidLength + 1);
-    if (_vn_readFile(path, guid.get(), kGuidLength, "r") == kGuidLength) {
-        VN_LOG_INFO(kFunction, "GUID \"%s\" loaded from existing guid.ini file", guid.get());
+    std::memset(guid.get(), 0, velnor::kGuidLength + 1);
+    if (_vn_readFile(path, guid.get(), velnor::kGuidLength, "r") == velnor::kGuidLength) {
+        VN_LOG_INFO(velnor::kFunction, "GUID \"%s\" loaded from existing guid.ini file",
+                    guid.get());
         return guid.release();
     }
-    std::memset(guid.get(), 0, kGuidLength + 1);
-    generate(path, guid.get());
+    std::memset(guid.get(), 0, velnor::kGuidLength + 1);
+    velnor::generate(path, guid.get());
     return guid.release();
 }

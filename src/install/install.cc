@@ -1,18 +1,16 @@
-// The install sequence.
 #include <sys/stat.h>
 
 #include <array>
 #include <cstddef>
 #include <cstring>
 
-#include "api/last_error.h"
+#include "api/result/last_error.h"
 #include "detect/euc_utils.h"
 #include "install/client_ini.h"
 #include "install/detail.h"
-#include "install/identity.h"
 #include "install/launch_agent.h"
 #include "install/log_upload.h"
-#include "install/registry.h"
+#include "install/records.h"
 #include "install/verified_download.h"
 #include "net/system_downloader.h"
 #include "support/files.h"
@@ -20,19 +18,17 @@
 #include "support/log_file.h"
 #include "support/owned.h"
 #include "support/paths.h"
+#include "support/product.h"
 #include "support/shell.h"
-#include "support/wait.h"
 #include "velnor/capi.h"
 #include "velnor_deployment.h"
-
-using velnor::OwnedText;
-using velnor::setDetailError;
 
 static_assert(sizeof(void*) != 8 ||
               (sizeof(InstallContext) == 48 && offsetof(InstallContext, progress) == 8 &&
                offsetof(InstallContext, errorDetail) == 16 &&
                offsetof(InstallContext, reserved) == 24));
 
+namespace velnor {
 namespace {
 
 constexpr char kFunction[] = "vn_install";
@@ -102,7 +98,7 @@ class Installation {
         report(15);
         OwnedText url;
         if (_vn_snprintf(url.out(), 0, "https://%s/conf/client_ini.html?guid=%s",
-                         velnor::deployment::kConfigurationHost, guid_.get()) == 0) {
+                         deployment::kConfigurationHost, guid_.get()) == 0) {
             return false;
         }
         ini_ = OwnedText(
@@ -114,35 +110,37 @@ class Installation {
 
     bool readConfiguration() {
         VN_LOG_INFO(kFunction, "Downloaded client.ini");
-        logUploadUrl_ = velnor::iniValue(ini_.get(), kLogUploadUrlKey);
-        if (!logUploadUrl_) {
-            if (velnor::isOutOfMemory()) return false;
-            VN_LOG_ERROR(kFunction, "Log Server address not found in client.ini");
-            return fail(INSTALL_ERROR_INI);
+        switch (iniValue(ini_.get(), kLogUploadUrlKey, &logUploadUrl_)) {
+            case Found::Here:
+                return saveConfiguration() && nameClient();
+            case Found::NoMemory:
+                return fail(INSTALL_ERROR_INSUFFICIENTMEMORY);
+            default:
+                VN_LOG_ERROR(kFunction, "Log Server address not found in client.ini");
+                return fail(INSTALL_ERROR_INI);
         }
-        return saveConfiguration() && nameClient();
     }
 
     bool saveConfiguration() const {
-        char path[velnor::kPathSize];
-        if (!velnor::formatPath(path, "%s/%s", installPath_, "client.ini")) return false;
+        char path[kPathSize];
+        if (!formatPath(path, "%s/%s", installPath_, kClientIniFile)) return false;
         if (!_vn_writeFile(path, ini_.get(), iniSize_, "wb")) {
             VN_LOG_ERROR(kFunction, "Failed in saving client.ini");
             return failWithDetail(INSTALL_ERROR_DISK_WRITE, path);
         }
-        // With its trailing blank, deliberately: it is part of the text.
+        // The trailing blank is fixed by the interface: readers of logs search for the whole text.
         VN_LOG_INFO(kFunction, "Saved client.ini at location %s ", path);
         return true;
     }
 
     bool nameClient() {
-        clientUrl_ = velnor::iniValue(ini_.get(), kClientUrlKey);
-        if (!clientUrl_) {
-            if (velnor::isOutOfMemory()) return false;
+        const Found found = iniValue(ini_.get(), kClientUrlKey, &clientUrl_);
+        if (found == Found::NoMemory) return fail(INSTALL_ERROR_INSUFFICIENTMEMORY);
+        if (found == Found::Absent) {
             VN_LOG_ERROR(kFunction, "Binary path not found in client.ini");
             return failWithDetail(INSTALL_ERROR_INI_PATH_NOT_FOUND, "MacOSClientURL");
         }
-        clientFile_ = velnor::fileNameOf(clientUrl_.get());
+        clientFile_ = fileNameOf(clientUrl_.get());
         if (clientFile_ != nullptr) return true;
         VN_LOG_ERROR(kFunction, "Unable to parse name in %s", clientUrl_.get());
         return failWithDetail(INSTALL_ERROR_INI_PARSE_ERR, clientUrl_.get());
@@ -158,11 +156,10 @@ class Installation {
         };
         const std::array<Download, 3> downloads{{
             {kClientUrlKey, clientFile_, kClientSignatureKey, 25, 70},
-            {kUiToolUrlKey, "ksmacui.tar.gz", kUiToolSignatureKey, 70, 75},
-            {kUninstallerUrlKey, "uninstall.tar.gz", kUninstallerSignatureKey, 75, 80},
+            {kUiToolUrlKey, kUiToolArchive, kUiToolSignatureKey, 70, 75},
+            {kUninstallerUrlKey, kUninstallerArchive, kUninstallerSignatureKey, 75, 80},
         }};
-        const bool rewrite = velnor::isRewriteOn(ini_.get());
-        if (!rewrite && velnor::isOutOfMemory()) return false;
+        const bool rewrite = isRewriteOn(ini_.get());
         for (const Download& next : downloads) {
             if (_vn_downloadAndWrite(ini_.get(), userAgent_.get(), context_, rewrite, next.urlKey,
                                      next.fileName, next.signatureKey, next.progressFrom,
@@ -176,12 +173,15 @@ class Installation {
     bool prepareClient() const {
         report(80);
         acceptEula();
-        const OwnedText clientWord(velnor::shellWord(clientFile_));
-        if (!clientWord) return false;
-        velnor::runShell("chmod 755 %s/%s", installPath_, clientWord.get());
-        if (!_vn_mac_addStartupItem(installPath_)) {
+        const OwnedText clientWord(shellWord(clientFile_));
+        // A client that is not executable or not loaded would be waited for in vain.
+        if (!clientWord || runShell("chmod 755 %s/%s", installPath_, clientWord.get()) == kNotRun) {
+            return fail(INSTALL_ERROR_INSUFFICIENTMEMORY);
+        }
+        const InstallResult added = addStartupItem(installPath_);
+        if (added != INSTALL_ERROR_OK) {
             VN_LOG_ERROR(kFunction, "Error in installing the client");
-            return fail(INSTALL_ERROR_PLATFORM);
+            return fail(added);
         }
         VN_LOG_INFO(kFunction, "Client Installed");
         report(85);
@@ -189,9 +189,10 @@ class Installation {
     }
 
     bool startClient() const {
-        if (!_vn_start()) {
+        const InstallResult started = loadAgent();
+        if (started != INSTALL_ERROR_OK) {
             VN_LOG_ERROR(kFunction, "Error in starting the client");
-            return fail(INSTALL_ERROR_START);
+            return fail(started);
         }
         VN_LOG_INFO(kFunction, "Waiting for a response from client");
         bool answers = pingClient() != 0;
@@ -203,17 +204,17 @@ class Installation {
         VN_LOG_ERROR(kFunction, "Waited enough for client; no response, exiting");
         VN_LOG_INFO(kFunction, "Network Statistics");
         // Goes into the log itself: who else holds the port is the first question.
-        velnor::runShell("netstat -an -p tcp | %s \"9421\" >> \"%s/%s\"", "grep", installPath_,
-                         kLogFileName);
+        runShell("netstat -an -p tcp | %s \"%d\" >> \"%s/%s\"", "grep", kClientPort, installPath_,
+                 kLogFileName);
         return fail(INSTALL_ERROR_CLIENT_NOTRESPONDING);
     }
 
     bool registerApplication() const {
         report(90);
-        const velnor::Registration registration =
+        const Registration registration =
             velnor::registerApplication(installPath_, appName_, context_);
-        if (registration == velnor::Registration::Failed) return false;
-        const bool isNew = registration == velnor::Registration::Registered;
+        if (registration == Registration::Failed) return false;
+        const bool isNew = registration == Registration::Registered;
         if (isNew) report(95);
         VN_LOG_INFO(kFunction, "Successfully installed the client");
         // An application that is there already leaves the last error as it was.
@@ -225,7 +226,7 @@ class Installation {
     int32_t cid_;
     const char* eula_;
     InstallContext* context_;
-    char installPath_[velnor::kPathSize] = {};
+    char installPath_[kPathSize] = {};
     OwnedText guid_;
     OwnedText userAgent_;
     OwnedText logUploadUrl_;
@@ -236,6 +237,7 @@ class Installation {
 };
 
 }  // namespace
+}  // namespace velnor
 
 int32_t vn_install(const char* appName, int32_t cid, const char* eula, InstallContext* context) {
     if (appName == nullptr || (context != nullptr && context->progress == nullptr)) {
@@ -243,5 +245,5 @@ int32_t vn_install(const char* appName, int32_t cid, const char* eula, InstallCo
         return -1;
     }
     _vn_setLastError(INSTALL_ERROR_INTERNAL);
-    return Installation(appName, cid, eula, context).run() ? 0 : -1;
+    return velnor::Installation(appName, cid, eula, context).run() ? 0 : -1;
 }

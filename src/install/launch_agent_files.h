@@ -54,8 +54,8 @@ if ($bin_to_exec ne '') {
 )file";
 static_assert(sizeof kLoaderScript - 1 == 1554);
 
-/// com.velnor.client.plist. The label keeps the ".plist" ending, deliberately: launchctl commands
-/// and the probe use it so. No line break at the end.
+/// com.velnor.client.plist. Its label has the ".plist" ending because the probe asks launchctl for
+/// it by that. No line break at the end.
 inline constexpr char kAgentPropertyList[] = R"file(<?xml version="1.0" encoding="UTF-8"?>
 <!DOCTYPE plist PUBLIC "-//Apple//DTD PLIST 1.0//EN" "http://www.apple.com/DTDs/PropertyList-1.0.dtd">
 <plist version="1.0">

@@ -1,53 +1,42 @@
-// Preparing the log's PUT request.
 #include "install/log_upload.h"
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <array>
+#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <string_view>
+#include <thread>
 
 #include "net/http_attempts.h"
-#include "net/http_url.h"
-#include "net/url_text.h"
 #include "support/files.h"
 #include "support/format.h"
 #include "support/log_file.h"
 #include "support/owned.h"
 #include "support/paths.h"
+#include "support/url.h"
 
-using velnor::AttemptPolicy;
-using velnor::File;
-using velnor::Next;
-using velnor::OwnedText;
-
+namespace velnor {
 namespace {
 
 constexpr char kFunction[] = "_vn_uploadLogs";
 constexpr size_t kTargetSize = 256;
 
-// Without end while nothing answers, deliberately: the maker is to see every installation, those
-// above all that had trouble with the network.
-constexpr AttemptPolicy kPolicy{
-    .noStream = Next::GiveUp,
-    .noAnswer = Next::DirectAgain,
-    .brokenAnswer = Next::GiveUp,
-    .noCredentials = Next::GiveUp,
-    .refusal = Next::DirectOnce,
-    .asksProxyOnce = true,
-};
+constexpr std::chrono::milliseconds kFirstPause{50};
+constexpr std::chrono::milliseconds kLongestPause{30000};
 
 bool isUploadUrl(const char* url) {
     if (url == nullptr || *url == '\0') {
         VN_LOG_ERROR(kFunction, "No upload URL");
         return false;
     }
-    if (!velnor::isHttpUrl(url)) {
+    if (!isHttpUrl(url)) {
         VN_LOG_ERROR(kFunction, "Not a valid upload URL: %s", url);
         return false;
     }
-    if (!velnor::isHttpUrlWithPath(url)) {
+    if (!isHttpUrlWithPath(url)) {
         VN_LOG_ERROR(kFunction, "Not a valid upload URL, has no path: %s", url);
         return false;
     }
@@ -63,7 +52,7 @@ off_t sizeOf(const char* path) {
 }
 
 OwnedText readLog(const char* path) {
-    const File file = velnor::openFile(path, "rb");
+    const File file = openFile(path, "rb");
     if (!file) {
         VN_LOG_ERROR(kFunction, "Unable to open log file: %s", path);
         return {};
@@ -73,7 +62,7 @@ OwnedText readLog(const char* path) {
         VN_LOG_ERROR(kFunction, "Unable to get the file length for the log file: %s", path);
         return {};
     }
-    OwnedText text = velnor::readText(file.get(), static_cast<uint32_t>(size));
+    OwnedText text = readText(file.get(), static_cast<uint32_t>(size));
     if (!text) {
         // "buufer" is part of the text; whoever searches the logs for it searches for it so.
         VN_LOG_ERROR(kFunction,
@@ -104,27 +93,44 @@ bool formTarget(const char* url, const char* guid, char* target) {
 }
 
 bool put(const char* target, std::string_view body) {
-    if (!velnor::isUrlText(target)) return false;
-    const std::array<velnor::platform::HttpHeader, 1> headers{{{"User-Agent", "Installer"}}};
-    return velnor::sendInAttempts(
-        {.method = "PUT", .url = target, .headers = headers, .body = body}, kPolicy, nullptr);
+    if (!isWebUrl(target)) return false;
+    const std::array<platform::HttpHeader, 1> headers{{{"User-Agent", "Installer"}}};
+    HttpAttempts attempts({.method = "PUT", .url = target, .headers = headers, .body = body},
+                          Keep::Status);
+    auto pause = kFirstPause;
+    for (Way way = Way::Proxied;; way = Way::Direct) {
+        const Answer answer = attempts.send(way);
+        if (answer.status == kStatusOk) return true;
+        if (answer.ending == Ending::NoAnswer) {
+            // Without end, which is fixed by the interface: the maker is to see every installation,
+            // those above all that had no network. A refused connection fails at once, and without
+            // a pause its repetition would fill a core. The pause grows, so that many machines do
+            // not beat a server that is down.
+            std::this_thread::sleep_for(pause);
+            pause = std::min(2 * pause, kLongestPause);
+        } else if (answer.ending != Ending::Answered || way == Way::Direct) {
+            // An answer that is none will be none the next time.
+            return false;
+        }
+    }
 }
 
 }  // namespace
+}  // namespace velnor
 
 void _vn_uploadLogs(const char* uploadUrl, const char* guid) {
-    const OwnedText path(_vn_getInstallPathForFile(kLogFileName));
+    const velnor::OwnedText path(_vn_getInstallPathForFile(velnor::kLogFileName));
     if (!path) return;
-    VN_LOG_INFO(kFunction, "Uploading the log file %s to %s", path.get(),
+    VN_LOG_INFO(velnor::kFunction, "Uploading the log file %s to %s", path.get(),
                 uploadUrl != nullptr ? uploadUrl : "(null)");
-    if (!isUploadUrl(uploadUrl)) return;
-    const OwnedText text = readLog(path.get());
+    if (!velnor::isUploadUrl(uploadUrl)) return;
+    const velnor::OwnedText text = velnor::readLog(path.get());
     if (!text) return;
-    char target[kTargetSize];
-    if (!formTarget(uploadUrl, guid, target)) return;
+    char target[velnor::kTargetSize];
+    if (!velnor::formTarget(uploadUrl, guid, target)) return;
     // As a text, so that it ends at the first NUL byte, should the log hold one.
-    if (!put(target, text.get())) {
-        // The number is 0 whatever the server said, deliberately: it is part of the text.
-        VN_LOG_ERROR(kFunction, "Could not upload logs to %s. Got error %d", uploadUrl, 0);
+    if (!velnor::put(target, text.get())) {
+        // The number is fixed by the interface: 0 whatever the server said.
+        VN_LOG_ERROR(velnor::kFunction, "Could not upload logs to %s. Got error %d", uploadUrl, 0);
     }
 }

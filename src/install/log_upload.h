@@ -7,9 +7,11 @@
 /// be left. The upload URL and the object's name together count up to 255 characters.
 ///
 /// Goes through the system's proxies, and then directly when the answer is another status. A proxy
-/// that wants a password which the keychain does not have ends it, and so does an answer that
-/// breaks off. As long as no answer begins, within about 15 seconds of the connection, it goes on
-/// directly, without end: while nobody is there, the server hangs up, or takes too long for it.
+/// that wants a password which the keychain does not have ends it, and so does an answer that will
+/// not get better: one that is no HTTP or breaks off, and redirects in a circle or to where they
+/// may not lead. As long as no answer begins, within about 15 seconds of the connection, it goes on
+/// directly, without end and with pauses that double up to 30 seconds: while nobody is there, the
+/// server hangs up, or takes too long for it.
 void _vn_uploadLogs(const char* uploadUrl, const char* guid);
 
 #endif

@@ -1,14 +1,20 @@
-// Reading, extending and rewriting the application registry.
-#include "install/registry.h"
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
+#include <cstring>
 #include <utility>
 
-#include "api/last_error.h"
+#include "api/result/last_error.h"
 #include "install/detail.h"
+#include "install/records.h"
 #include "support/files.h"
+#include "support/format.h"
 #include "support/log_file.h"
+#include "support/owned.h"
 #include "support/paths.h"
+#include "support/product.h"
 
 namespace velnor {
 namespace {
@@ -46,54 +52,92 @@ bool isListed(FILE* registry, const char* appName) {
     return line == Line::Name;
 }
 
-// Writes the registry at `path` anew from its backup. Returns the number of lines, -1 when not all
-// of it could be read and written.
-int32_t rewrite(const char* backup, const char* path, const char* appName) {
-    const File old = openFile(backup, "r");
-    File renewed = old ? openFile(path, "w") : File();
+struct RegistryPaths {
+    char registry[kPathSize];
+    char backup[kPathSize];
+    char renewed[kPathSize];
+
+    bool form(const char* installPath) {
+        return formatPath(registry, "%s/%s", installPath, kRegistryFile) &&
+               formatPath(backup, "%s/%s", installPath, kRegistryBackupFile) &&
+               formatPath(renewed, "%s/%s", installPath, kNewRegistryFile);
+    }
+
+    // Puts the backup in the place of a registry that is missing: a rewriting that was killed has
+    // left it so where it had to rename. False when that is needed and cannot be done.
+    bool recover() const {
+        struct stat entry {};
+        if (access(registry, F_OK) == 0 || errno != ENOENT) return true;
+        const bool hasBackup = stat(backup, &entry) == 0 && S_ISREG(entry.st_mode);
+        return !hasBackup || std::rename(backup, registry) == 0;
+    }
+};
+
+// Writes what is left of `old` to `path`. Returns the number of lines, -1 when not all of it could
+// be read and written.
+int32_t writeRenewed(FILE* old, const char* path, const char* appName) {
+    File renewed = openFile(path, "w");
     if (!renewed) return -1;
     int32_t others = 0;
     Line line = Line::Other;
-    while ((line = readLine(old.get(), appName, renewed.get())) != Line::End) {
+    while ((line = readLine(old, appName, renewed.get())) != Line::End) {
         if (line == Line::Other) ++others;
     }
-    const bool whole = std::ferror(old.get()) == 0 && std::ferror(renewed.get()) == 0;
-    return std::fclose(renewed.release()) == 0 && whole ? others : -1;
+    const bool whole = std::ferror(old) == 0 && std::ferror(renewed.get()) == 0;
+    return closeDurably(std::move(renewed)) && whole ? others : -1;
 }
 
-// Half a registry would cost other applications their client.
-void restore(const char* backup, const char* path) {
-    if (std::rename(backup, path) == 0) return;
-    std::remove(path);  // a folder that was moved aside takes no file's place
-    std::rename(backup, path);
+// A second name for the registry, which stays in its place. Where the file system has no links it
+// is moved there instead.
+bool makeBackup(const RegistryPaths& paths) {
+    std::remove(paths.backup);
+    if (link(paths.registry, paths.backup) == 0) return true;
+    const bool hasLinks =
+        errno != EPERM && errno != EOPNOTSUPP && errno != ENOSYS && errno != EMLINK;
+    return !hasLinks && std::rename(paths.registry, paths.backup) == 0;
 }
 
-// Moves the registry aside and writes it anew. Returns as unregisterApplication.
-int32_t replace(const char* path, const char* backup, const char* appName) {
-    std::remove(backup);
-    if (std::rename(path, backup) != 0) return errno == ENOENT || errno == ENOTDIR ? 0 : -1;
-    const int32_t others = rewrite(backup, path, appName);
-    if (others != -1) {
-        std::remove(backup);
-    } else {
-        restore(backup, path);
+// Writes the registry anew under another name and puts that in its place, so that at every moment
+// one file has all the names: half a registry would cost other applications their client. Returns
+// as unregisterApplication.
+int32_t rewrite(const RegistryPaths& paths, const char* appName) {
+    struct stat entry {};
+    if (!paths.recover()) return -1;
+    if (stat(paths.registry, &entry) != 0) return errno == ENOENT || errno == ENOTDIR ? 0 : -1;
+    const File old = S_ISREG(entry.st_mode) ? openFile(paths.registry, "r") : File();
+    if (!old || !makeBackup(paths)) return -1;
+    const int32_t others = writeRenewed(old.get(), paths.renewed, appName);
+    if (others != -1 && std::rename(paths.renewed, paths.registry) == 0) {
+        std::remove(paths.backup);
+        return others;
     }
-    return others;
+    std::remove(paths.renewed);
+    if (access(paths.registry, F_OK) == 0) {
+        std::remove(paths.backup);
+    } else {
+        std::rename(paths.backup, paths.registry);
+    }
+    return -1;
 }
 
-bool append(File registry, const char* appName) {
-    const bool written = std::fprintf(registry.get(), "%s\n", appName) > 0;
-    return std::fclose(registry.release()) == 0 && written;
+// The line for `appName`, which begins a new one where the last one was torn off.
+OwnedText newLine(FILE* registry, const char* appName) {
+    const int last = std::fseek(registry, -1, SEEK_END) == 0 ? std::getc(registry) : EOF;
+    const bool torn = last != EOF && last != '\n';
+    OwnedText line;
+    _vn_snprintf(line.out(), 0, "%s%s\n", torn ? "\n" : "", appName);
+    return line;
 }
 
 }  // namespace
 
 Registration registerApplication(const char* installPath, const char* appName,
                                  InstallContext* context) {
-    char path[kPathSize];
-    if (!formatPath(path, "%s/appregistry.dat", installPath)) return Registration::Failed;
+    RegistryPaths paths;
+    if (!paths.form(installPath)) return Registration::Failed;
+    const char* path = paths.registry;
     // Opened for both, so that reading and adding see one and the same file.
-    File registry = openFile(path, "a+");
+    File registry = paths.recover() ? openFile(path, "a+") : File();
     if (!registry) {
         VN_LOG_ERROR(kFunction, "Unable to open path: %s", path);
         setDetailError(context, INSTALL_ERROR_DISK_WRITE, path);
@@ -113,7 +157,9 @@ Registration registerApplication(const char* installPath, const char* appName,
         setDetailError(context, INSTALL_ERROR_FILE_ACCESS, path);
         return Registration::Failed;
     }
-    if (!append(std::move(registry), appName)) {
+    const OwnedText line = newLine(registry.get(), appName);
+    if (!line) return Registration::Failed;
+    if (!extendAndClose(std::move(registry), line.get(), std::strlen(line.get()))) {
         VN_LOG_ERROR(kFunction, "Unable to write to: %s", path);
         setDetailError(context, INSTALL_ERROR_DISK_WRITE, path);
         return Registration::Failed;
@@ -123,13 +169,8 @@ Registration registerApplication(const char* installPath, const char* appName,
 }
 
 int32_t unregisterApplication(const char* installPath, const char* appName) {
-    char path[kPathSize];
-    char backup[kPathSize];
-    const bool formed = formatPath(path, "%s/appregistry.dat", installPath) &&
-                        formatPath(backup, "%s/appregistry.dat.bak", installPath);
-    const int32_t others = formed ? replace(path, backup, appName) : -1;
-    if (others == -1) _vn_setLastError(INSTALL_ERROR_DISK);
-    return others;
+    RegistryPaths paths;
+    return paths.form(installPath) ? rewrite(paths, appName) : -1;
 }
 
 }  // namespace velnor

@@ -1,24 +1,22 @@
-// Signature verification with OpenSSL's libcrypto.
-#include "install/signature.h"
-
-// The low-level RSA and SHA-1 functions are deprecated and still the right ones: the signature is a
-// bare private-key encryption of the digest, which the newer interface does not offer with type 1
-// padding and no DigestInfo in one step on every version.
+// Checking signatures. The low-level RSA and SHA-1 functions are deprecated and still the right
+// ones: the signature is a bare private-key encryption of the digest, which the newer interface
+// does not offer with type 1 padding and no DigestInfo in one step on every version.
 #define OPENSSL_SUPPRESS_DEPRECATED
 #include <openssl/err.h>
 #include <openssl/rsa.h>
 #include <openssl/sha.h>
 #include <openssl/x509.h>
 
-#include <array>
 #include <cstring>
 #include <memory>
 
-#include "api/last_error.h"
+#include "api/result/last_error.h"
+#include "install/verified_download.h"
 #include "support/encodings.h"
 #include "support/log_file.h"
 #include "support/memory.h"
 #include "support/owned.h"
+#include "support/text.h"
 #include "velnor/capi.h"
 #include "velnor_deployment.h"
 
@@ -36,9 +34,12 @@ using Key = std::unique_ptr<RSA, RsaDeleter>;
 
 OwnedBytes allocate(uint32_t size) { return OwnedBytes(static_cast<uint8_t*>(_vn_malloc(size))); }
 
-SignatureCheck failWith(InstallResult code, SignatureCheck check) {
-    _vn_setLastError(code);
-    return check;
+constexpr char kFunction[] = "_vn_checkAgainstSignature";
+constexpr char kNoDigest[] = "Unable to calculate hash of binary. URL: ";
+
+SignatureCheck fail(const char* message) { return {false, kFunction, message}; }
+SignatureCheck failDecryption(const char* message) {
+    return {false, "_vn_mac_cryptPublicKeyDecrypt", message};
 }
 
 OwnedText digestHex(const void* data, uint32_t size) {
@@ -51,102 +52,68 @@ OwnedText digestHex(const void* data, uint32_t size) {
     return OwnedText(_vn_toHex(digest.get(), SHA_DIGEST_LENGTH));
 }
 
-SignatureCheck decodeKey(OwnedBytes* der) {
-    *der = allocate(kKeySize);
-    if (!*der) return SignatureCheck::NoKeyMemory;
-    uint32_t size = kKeySize;
-    return _vn_fromHex(deployment::kPublicKeyHex, der->get(), &size) ? SignatureCheck::Verified
-                                                                     : SignatureCheck::NoKeyValue;
-}
-
-// Decrypts the signature with the built-in key and stores the result as hex text; an undecryptable
-// signature is a Mismatch.
-SignatureCheck _vn_mac_cryptPublicKeyDecrypt(const uint8_t* signature, uint32_t signatureSize,
-                                             OwnedText* decryptedHex) {
-    OwnedBytes der;
-    const SignatureCheck decoded = decodeKey(&der);
-    if (decoded != SignatureCheck::Verified) return decoded;
+// Whether the signature decrypts with the built-in key to bytes with this hex text.
+SignatureCheck checkDigest(const char* hex, const uint8_t* signature, uint32_t signatureSize) {
+    const OwnedBytes der = allocate(kKeySize);
+    if (!der) return failDecryption("Couldn't allocate enough memory for keyBuffer");
+    uint32_t derSize = kKeySize;
+    if (!_vn_fromHex(deployment::kPublicKeyHex, der.get(), &derSize)) {
+        return failDecryption("Couldn't get binary public key value");
+    }
     const uint8_t* derEnd = der.get();
     const Key key(d2i_RSA_PUBKEY(nullptr, &derEnd, kKeySize));
-    if (!key) return failWith(INSTALL_ERROR_INVALIDARGUMENT, SignatureCheck::NoKey);
-    const OwnedBytes decrypted = allocate(static_cast<uint32_t>(RSA_size(key.get())));
-    if (!decrypted) return SignatureCheck::NoOutputMemory;
-    const int count = RSA_public_decrypt(static_cast<int>(signatureSize), signature,
-                                         decrypted.get(), key.get(), RSA_PKCS1_PADDING);
+    if (!key) {
+        _vn_setLastError(INSTALL_ERROR_INVALIDARGUMENT);
+        return failDecryption("Couldn't load public key");
+    }
+    const OwnedBytes bytes = allocate(static_cast<uint32_t>(RSA_size(key.get())));
+    if (!bytes) return failDecryption("Unable to allocate memory for the decrypted buffer");
+    const int count = RSA_public_decrypt(static_cast<int>(signatureSize), signature, bytes.get(),
+                                         key.get(), RSA_PKCS1_PADDING);
     ERR_clear_error();  // the next user of OpenSSL on this thread would take them for its own
-    if (count == 0) return failWith(INSTALL_ERROR_INTERNAL, SignatureCheck::EmptySignature);
-    // Only an empty result is reported by a line of its own, deliberately; a signature that cannot
-    // be decrypted is one that does not match.
-    if (count < 0) return SignatureCheck::Mismatch;
-    *decryptedHex->out() = _vn_toHex(decrypted.get(), static_cast<uint32_t>(count));
-    return SignatureCheck::Verified;
-}
-
-struct FailureText {
-    SignatureCheck check;
-    const char* function;
-    const char* text;
-};
-
-constexpr char kCheckFunction[] = "_vn_checkAgainstSignature";
-constexpr char kDecryptFunction[] = "_vn_mac_cryptPublicKeyDecrypt";
-
-constexpr std::array<FailureText, 8> kFailureTexts{{
-    {SignatureCheck::InvalidParameters, kCheckFunction, "Invalid parameters received"},
-    {SignatureCheck::NoSignatureMemory, kCheckFunction,
-     "Couldn't allocate enough memory for hashBuffer"},
-    {SignatureCheck::NoSignatureValue, kCheckFunction, "Couldn't get binary signature value"},
-    {SignatureCheck::NoKeyMemory, kDecryptFunction,
-     "Couldn't allocate enough memory for keyBuffer"},
-    {SignatureCheck::NoKeyValue, kDecryptFunction, "Couldn't get binary public key value"},
-    {SignatureCheck::NoKey, kDecryptFunction, "Couldn't load public key"},
-    {SignatureCheck::NoOutputMemory, kDecryptFunction,
-     "Unable to allocate memory for the decrypted buffer"},
-    {SignatureCheck::EmptySignature, kDecryptFunction, "Couldn't decrypt signature."},
-}};
-
-void logFailure(SignatureCheck check, const char* url) {
-    if (check == SignatureCheck::NoDigest) {
-        VN_LOG_ERROR(kCheckFunction, "Unable to calculate hash of binary. URL: %s", url);
+    if (count == 0) {
+        _vn_setLastError(INSTALL_ERROR_INTERNAL);
+        return failDecryption("Couldn't decrypt signature.");
     }
-    for (const FailureText& failure : kFailureTexts) {
-        if (failure.check == check) VN_LOG_ERROR(failure.function, "%s", failure.text);
-    }
+    // What cannot be decrypted (-1) is no failure of this machine: another key signed it.
+    if (count < 0) return {false};
+    const OwnedText decrypted(_vn_toHex(bytes.get(), static_cast<uint32_t>(count)));
+    return {decrypted && std::strcmp(hex, decrypted.get()) == 0};
 }
 
 }  // namespace
 
 SignatureCheck checkSignature(const char* signatureHex, const void* data, uint32_t size) {
-    if (signatureHex == nullptr || *signatureHex == '\0' || data == nullptr || size == 0) {
-        return failWith(INSTALL_ERROR_INVALIDARGUMENT, SignatureCheck::InvalidParameters);
+    if (isMissing(signatureHex) || data == nullptr || size == 0) {
+        _vn_setLastError(INSTALL_ERROR_INVALIDARGUMENT);
+        return fail("Invalid parameters received");
     }
     const OwnedText digest = digestHex(data, size);
-    if (!digest) return failWith(INSTALL_ERROR_INVALIDARGUMENT, SignatureCheck::NoDigest);
-
+    if (!digest) {
+        _vn_setLastError(INSTALL_ERROR_INVALIDARGUMENT);
+        return fail(kNoDigest);
+    }
     auto signatureSize = static_cast<uint32_t>(std::strlen(signatureHex) / 2);
     const OwnedBytes signature = allocate(signatureSize);
-    if (!signature) return SignatureCheck::NoSignatureMemory;
+    if (!signature) return fail("Couldn't allocate enough memory for hashBuffer");
     if (!_vn_fromHex(signatureHex, signature.get(), &signatureSize)) {
-        return SignatureCheck::NoSignatureValue;
+        return fail("Couldn't get binary signature value");
     }
-    OwnedText decrypted;
-    const SignatureCheck check =
-        _vn_mac_cryptPublicKeyDecrypt(signature.get(), signatureSize, &decrypted);
-    if (check != SignatureCheck::Verified) return check;
-    const bool equal = decrypted && std::strcmp(digest.get(), decrypted.get()) == 0;
-    return equal ? SignatureCheck::Verified : SignatureCheck::Mismatch;
+    return checkDigest(digest.get(), signature.get(), signatureSize);
 }
 
 }  // namespace velnor
 
 int32_t _vn_checkAgainstSignature(const char* signatureHex, const char* url, const void* data,
                                   uint32_t size) {
-    using velnor::SignatureCheck;
-    const bool hasUrl = url != nullptr && *url != '\0';
-    const SignatureCheck check =
+    const bool hasUrl = !velnor::isMissing(url);
+    const velnor::SignatureCheck check =
         velnor::checkSignature(hasUrl ? signatureHex : nullptr, data, size);
     const uint32_t code = _vn_getLastError();
-    velnor::logFailure(check, hasUrl ? url : "");
+    const bool namesUrl = check.message == velnor::kNoDigest;
+    if (*check.message != '\0') {
+        VN_LOG_ERROR(check.function, "%s%s", check.message, namesUrl ? url : "");
+    }
     _vn_setLastError(code);
-    return check == SignatureCheck::Verified ? 1 : 0;
+    return check.verified ? 1 : 0;
 }

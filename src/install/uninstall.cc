@@ -1,31 +1,24 @@
-// The uninstall sequence.
 #include "install/uninstall.h"
 
 #include <sys/stat.h>
 
-#include <cstdlib>
-
-#include "api/client_interface.h"
-#include "api/last_error.h"
+#include "api/result/last_error.h"
 #include "detect/euc_utils.h"
 #include "install/client_ini.h"
 #include "install/launch_agent.h"
-#include "install/registry.h"
+#include "install/records.h"
 #include "net/socket_http.h"
 #include "support/files.h"
 #include "support/format.h"
 #include "support/log_file.h"
 #include "support/owned.h"
 #include "support/paths.h"
+#include "support/product.h"
 #include "support/shell.h"
 #include "support/text_extraction.h"
-#include "support/wait.h"
 #include "velnor/capi.h"
 
-using velnor::File;
-using velnor::kPathSize;
-using velnor::OwnedText;
-
+namespace velnor {
 namespace {
 
 constexpr int64_t kDefaultTimeout = 10;
@@ -35,12 +28,12 @@ constexpr char kPreferencePane[] = "~/Library/PreferencePanes/VelnorCorvane.pref
 OwnedText readIni(const char* installPath) {
     char path[kPathSize];
     struct stat entry {};
-    if (!velnor::formatPath(path, "%s/client.ini", installPath) || stat(path, &entry) != 0 ||
+    if (!formatPath(path, "%s/%s", installPath, kClientIniFile) || stat(path, &entry) != 0 ||
         !S_ISREG(entry.st_mode)) {
         return {};
     }
-    const File file = velnor::openFile(path, "r");
-    return file ? velnor::readText(file.get(), static_cast<uint32_t>(entry.st_size)) : OwnedText();
+    const File file = openFile(path, "r");
+    return file ? readText(file.get(), static_cast<uint32_t>(entry.st_size)) : OwnedText();
 }
 
 // How many times, a second apart, the client is asked whether it has said its farewell.
@@ -54,10 +47,9 @@ int64_t timeoutOf(const char* installPath) {
 // Waits until the client has told its servers, it has gone, or it has been asked often enough.
 void awaitFarewell(const char* userAgent, int64_t timeout) {
     OwnedText url;
-    if (_vn_snprintf(
-            url.out(), 0,
-            "http://127.0.0.1:%d/api?function=getClientAttributes&cid=1&apiversion=%s&complete",
-            velnor::kClientPort, velnor::kApiVersion) == 0) {
+    if (_vn_snprintf(url.out(), 0,
+                     "%sapi?function=getClientAttributes&cid=1&apiversion=%s&complete", kClientUrl,
+                     kApiVersion) == 0) {
         return;
     }
     for (int64_t poll = 0; poll < timeout; ++poll) {
@@ -69,59 +61,58 @@ void awaitFarewell(const char* userAgent, int64_t timeout) {
 
 void tellClient(const char* userAgent, bool removing, int64_t timeout) {
     OwnedText url;
-    if (!pingClient() ||
-        _vn_snprintf(url.out(), 0, "http://127.0.0.1:%d/api?function=uninstall&cid=1%s",
-                     velnor::kClientPort, removing ? "&removing=true" : "") == 0) {
+    if (!pingClient() || _vn_snprintf(url.out(), 0, "%sapi?function=uninstall&cid=1%s", kClientUrl,
+                                      removing ? "&removing=true" : "") == 0) {
         return;
     }
     const OwnedText reply(_vn_downloadURL(userAgent, url.get(), nullptr, nullptr, nullptr));
     if (reply) awaitFarewell(userAgent, timeout);
 }
 
-bool fail(InstallResult code) {
+int32_t fail(InstallResult code) {
     _vn_setLastError(code);
-    return false;
+    return 0;
 }
 
-// What cannot be deleted stays; the client is gone all the same.
-bool removeClient(const char* installPath, bool keepIdentity) {
+// What cannot be deleted stays; the client is gone all the same. But no deletion may fail to be
+// run.
+int32_t removeClient(const char* installPath, bool keepIdentity) {
     if (!_vn_stop()) return fail(INSTALL_ERROR_STOP);
-    _vn_mac_removeStartupItem();
-    _vn_recursiveDelete(installPath, keepIdentity);
-    // With an empty HOME, the shell would find the system's folder under "~".
-    const char* home = std::getenv("HOME");
-    if (home != nullptr && *home != '\0') _vn_recursiveDelete(kPreferencePane, false);
-    return true;
-}
-
-bool uninstall(const char* appName, bool keepIdentity) {
-    char installPath[kPathSize];
-    if (_vn_getInstallPath(installPath, sizeof installPath) == 0) {
-        return fail(INSTALL_ERROR_INTERNAL);
+    bool tried = _vn_mac_removeStartupItem() != kNotRun;
+    tried &= _vn_recursiveDelete(installPath, keepIdentity) != kNotRun;
+    // Without a home, the shell would find the system's folder, or an option, under "~".
+    if (homeVariable() != nullptr) {
+        tried &= _vn_recursiveDelete(kPreferencePane, false) != kNotRun;
     }
-    const int32_t others =
-        appName != nullptr ? velnor::unregisterApplication(installPath, appName) : 0;
-    tellClient(appName != nullptr ? appName : "(force)", others == 0, timeoutOf(installPath));
-    // Set once more: the talk with the client may have left a code of its own.
-    if (others == -1) return fail(INSTALL_ERROR_DISK);
-    return others > 0 || removeClient(installPath, keepIdentity);
+    return tried ? 1 : fail(INSTALL_ERROR_INSUFFICIENTMEMORY);
 }
 
 }  // namespace
+}  // namespace velnor
 
 int32_t _vn_uninstall(const char* appName, bool keepIdentity) {
-    return uninstall(appName, keepIdentity) ? 1 : 0;
+    char installPath[velnor::kPathSize];
+    if (_vn_getInstallPath(installPath, sizeof installPath) == 0) {
+        return velnor::fail(INSTALL_ERROR_INTERNAL);
+    }
+    const int32_t others =
+        appName != nullptr ? velnor::unregisterApplication(installPath, appName) : 0;
+    velnor::tellClient(appName != nullptr ? appName : "(force)", others == 0,
+                       velnor::timeoutOf(installPath));
+    // After the talk with the client, which may leave a code of its own.
+    if (others == -1) return velnor::fail(INSTALL_ERROR_DISK);
+    return others > 0 ? 1 : velnor::removeClient(installPath, keepIdentity);
 }
 
 int32_t _vn_recursiveDelete(const char* path, bool keepIdentity) {
     if (!keepIdentity) return velnor::runShell("rm -rf %.1017s", path);
-    char command[kPathSize];
-    // The log's name where one expects the folder, and the folder where one expects the log's name,
-    // deliberately: so the install directory stays whole, and the identity in it.
+    char command[velnor::kPathSize];
+    // The log's name where one expects the folder, and the folder where one expects the log's name:
+    // fixed by the interface, and so the install directory stays whole, and the identity in it.
     const bool formed = velnor::formatPath(
-        command, "find %s/* \\( ! -iname \"%s\" -and ! -iname \"guid.ini\" \\) -exec rm -rf '{}' +",
-        kLogFileName, path);
-    return formed ? velnor::runShell("%s", command) : -1;
+        command, "find %s/* \\( ! -iname \"%s\" -and ! -iname \"%s\" \\) -exec rm -rf '{}' +",
+        velnor::kLogFileName, path, velnor::kGuidFile);
+    return formed ? velnor::runShell("%s", command) : velnor::kNotRun;
 }
 
 int32_t vn_uninstall(const char* appName, uint32_t flags) {

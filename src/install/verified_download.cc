@@ -1,4 +1,3 @@
-// The steps of a verified download.
 #include "install/verified_download.h"
 
 #include <fcntl.h>
@@ -8,25 +7,21 @@
 #include <cstring>
 #include <utility>
 
-#include "api/last_error.h"
+#include "api/result/last_error.h"
 #include "install/client_ini.h"
 #include "install/detail.h"
-#include "install/signature.h"
 #include "net/system_downloader.h"
 #include "support/files.h"
 #include "support/log_file.h"
 #include "support/owned.h"
 #include "support/paths.h"
 #include "support/shell.h"
+#include "support/text.h"
 
-using velnor::OwnedText;
-using velnor::setDetailError;
-
+namespace velnor {
 namespace {
 
 constexpr char kFunction[] = "_vn_downloadAndWrite";
-
-bool isMissing(const OwnedText& text) { return !text || *text.get() == '\0'; }
 
 bool isOptional(const char* urlKey) { return std::strcmp(urlKey, kUninstallerUrlKey) == 0; }
 
@@ -53,14 +48,17 @@ class DirectoryKeeper {
     char path_[PATH_MAX];
 };
 
-// False when there is no memory for the command.
+// False with code 4 when the command could not be run. What tar says counts for nothing.
 bool unpack(const char* installPath, const char* fileName) {
-    const OwnedText word(velnor::shellWord(fileName));
+    const OwnedText word(shellWord(fileName));
     if (!word) return false;
     const DirectoryKeeper keeper;
     // Never in another directory: an archive could overwrite what lies there.
     if (chdir(installPath) != 0) return true;
-    velnor::runShell("/usr/bin/tar -zxf %s", word.get());
+    if (runShell("/usr/bin/tar -zxf %s", word.get()) == kNotRun) {
+        _vn_setLastError(INSTALL_ERROR_INSUFFICIENTMEMORY);
+        return false;
+    }
     VN_LOG_INFO(kFunction, "Untarred %s at location: %s", fileName, installPath);
     return true;
 }
@@ -79,8 +77,8 @@ struct Artifact {
 
     // An optional artifact that is not named ends the way with success.
     bool findUrl(bool rewrite) {
-        url = velnor::iniValue(iniText, urlKey);
-        if (!url && velnor::isOutOfMemory()) return false;
+        const Found found = iniValue(iniText, urlKey, &url);
+        if (found == Found::NoMemory) return false;
         if (isMissing(url) && isOptional(urlKey)) {
             _vn_setLastError(INSTALL_ERROR_OK);
             return false;
@@ -90,7 +88,7 @@ struct Artifact {
             setDetailError(context, INSTALL_ERROR_INI_PATH_NOT_FOUND, urlKey);
             return false;
         }
-        if (rewrite) url = velnor::rewriteToContentHost(url.get());
+        if (rewrite) url = rewriteToContentHost(url.get());
         return static_cast<bool>(url);
     }
 
@@ -107,8 +105,9 @@ struct Artifact {
     }
 
     bool verify() {
-        const OwnedText signature = velnor::iniValue(iniText, sigKey);
-        if (!signature && velnor::isOutOfMemory()) return false;
+        OwnedText signature;
+        const Found found = iniValue(iniText, sigKey, &signature);
+        if (found == Found::NoMemory) return false;
         if (isMissing(signature)) {
             VN_LOG_ERROR(kFunction, "Binary Signature %s not found in client.ini", sigKey);
             setDetailError(context, INSTALL_ERROR_INI_PATH_NOT_FOUND, sigKey);
@@ -125,9 +124,9 @@ struct Artifact {
     }
 
     bool save(const char* installPath) {
-        char path[velnor::kPathSize];
+        char path[kPathSize];
         // A name too long for the path buffer is one that the disk refuses as well.
-        const bool fits = velnor::formatPath(path, "%s/%s", installPath, fileName);
+        const bool fits = formatPath(path, "%s/%s", installPath, fileName);
         if (fits && _vn_writeFile(path, data.get(), size, "wb")) {
             VN_LOG_INFO(kFunction, "Saved binary %s at location: %s", fileName, path);
             return true;
@@ -139,6 +138,7 @@ struct Artifact {
 };
 
 }  // namespace
+}  // namespace velnor
 
 int32_t _vn_downloadAndWrite(const char* iniText, const char* userAgent, InstallContext* context,
                              bool rewrite, const char* urlKey, const char* fileName,
@@ -152,10 +152,10 @@ int32_t _vn_downloadAndWrite(const char* iniText, const char* userAgent, Install
     if (_vn_getInstallPath(installPath, sizeof installPath) == 0) {
         return static_cast<int32_t>(_vn_getLastError());
     }
-    Artifact artifact{iniText, userAgent, context, urlKey, fileName, sigKey, {}, {}};
+    velnor::Artifact artifact{iniText, userAgent, context, urlKey, fileName, sigKey, {}, {}};
     if (artifact.findUrl(rewrite) && artifact.download(progressFrom, progressTo) &&
         artifact.verify() && artifact.save(installPath) &&
-        (!isArchive(urlKey) || unpack(installPath, fileName))) {
+        (!velnor::isArchive(urlKey) || velnor::unpack(installPath, fileName))) {
         _vn_setLastError(INSTALL_ERROR_OK);
     }
     return static_cast<int32_t>(_vn_getLastError());

@@ -1,4 +1,5 @@
-// One artifact: downloaded, verified, saved, unpacked. Nothing unverified is ever written.
+// One artifact: downloaded, verified against the maker's RSA key that is built into the installer,
+// saved, unpacked. Nothing unverified is ever written.
 #ifndef VELNOR_INSTALL_VERIFIED_DOWNLOAD_H
 #define VELNOR_INSTALL_VERIFIED_DOWNLOAD_H
 
@@ -18,5 +19,27 @@
 int32_t _vn_downloadAndWrite(const char* iniText, const char* userAgent, InstallContext* context,
                              bool rewrite, const char* urlKey, const char* fileName,
                              const char* sigKey, uint32_t progressFrom, uint32_t progressTo);
+
+namespace velnor {
+
+/// Whether an artifact is the maker's, and the log line for the reason why that is not known: the
+/// function that failed and its message, empty for a signature of another key or over other data.
+struct SignatureCheck {
+    bool verified;
+    const char* function = "";
+    const char* message = "";
+};
+
+/// Compares the SHA-1 digest of `size` bytes at `data` with what `signatureHex` decrypts to: hex
+/// text of the RSA PKCS #1 v1.5 type 1 padded (RFC 8017, section 8.2), raw 20-byte digest, without
+/// the DigestInfo wrapper. Leaves code 1, 3 or 4 for some of the failures; writes nothing anywhere.
+SignatureCheck checkSignature(const char* signatureHex, const void* data, uint32_t size);
+
+}  // namespace velnor
+
+/// checkSignature for the artifact that came from `url`: 1 when it is verified, else 0. A message
+/// is logged.
+int32_t _vn_checkAgainstSignature(const char* signatureHex, const char* url, const void* data,
+                                  uint32_t size);
 
 #endif

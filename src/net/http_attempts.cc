@@ -1,171 +1,99 @@
-// The course of the attempts.
 #include "net/http_attempts.h"
 
-#include <algorithm>
-#include <chrono>
-#include <memory>
-#include <thread>
+#include <utility>
 
 #include "net/proxy_credentials.h"
-#include "net/stream_polls.h"
-#include "platform/system_proxies.h"
 
 namespace velnor {
 namespace {
 
+using platform::HttpStream;
+using platform::StreamStatus;
+
+// Each wait works on the stream for the length of a poll and returns when the answer is known, so
+// the counts bound the time, about 15 s, and cost none.
+constexpr int kPolls = 300;
+constexpr int kPollMilliseconds = 50;
 constexpr uint32_t kReadSize = 1024;
-constexpr int32_t kOk = 200;
 constexpr int32_t kProxyAuthenticationRequired = 407;
-constexpr std::chrono::milliseconds kFirstPause{50};
-constexpr std::chrono::milliseconds kLongestPause{1000};
 
-enum class Mode { Proxied, Direct };
-
-enum class Ending {
-    Done,
-    WithCredentials,  // the same attempt goes on, with credentials
-    NoStream,
-    NoAnswer,
-    BrokenAnswer,
-    NoCredentials,
-    Refusal,
-    NoMemory,
-};
-
-class Attempts {
-  public:
-    Attempts(const platform::HttpRequest& request, const AttemptPolicy& policy,
-             AnswerReader* reader)
-        : request_(request),
-          policy_(policy),
-          reader_(reader),
-          proxies_(platform::copySystemProxies()) {}
-
-    bool run() {
-        for (Mode mode = Mode::Proxied;; mode = Mode::Direct) {
-            const Ending ending = attempt(mode);
-            if (ending == Ending::Done) return true;
-            const Next next = nextAfter(ending);
-            const bool wasLast = next == Next::DirectOnce && mode == Mode::Direct;
-            if (next == Next::GiveUp || wasLast) return false;
-            if (next == Next::DirectAgain) pause();
-        }
+bool opensInTime(HttpStream& stream) {
+    for (int poll = 0; poll < kPolls; ++poll) {
+        // The first look comes at once, the others each with a sleep behind it.
+        const StreamStatus status = statusOf(stream);
+        if (status != StreamStatus::Opening) return status == StreamStatus::Open;
+        if (poll > 0) waitUntilOpen(stream, kPollMilliseconds);
     }
+    return false;
+}
 
-  private:
-    // One attempt, of one or two requests.
-    Ending attempt(Mode mode) {
-        if (!policy_.asksProxyOnce) authentication_.reset();
-        Ending ending = Ending::WithCredentials;
-        while (ending == Ending::WithCredentials) ending = exchange(mode);
-        return ending;
+bool hasBytesInTime(HttpStream& stream) {
+    for (int poll = 1; poll <= kPolls; ++poll) {
+        // Bytes that show on the last poll come too late, which is fixed by the interface: the
+        // limit is 299 polls with an answer, and the last one only sleeps its time out.
+        if (hasBytesAvailable(stream)) return poll < kPolls;
+        waitForBytes(stream, kPollMilliseconds);
     }
+    return false;
+}
 
-    Ending exchange(Mode mode) {
-        const auto stream = platform::createHttpStream(requestFor(mode));
-        if (!stream || !stream->open()) return Ending::NoStream;
-        // A failed stream ends the wait for bytes as well: a read of it need not wait.
-        if (!waitUntilOpen(*stream) || !waitForBytes(*stream) ||
-            stream->status() == platform::StreamStatus::Error) {
-            return Ending::NoAnswer;
-        }
-        ResponseBody body;
-        const Ending received = receive(*stream, &body);
-        if (received != Ending::Done) return received;
-        switch (stream->responseCode()) {
-            case kOk:
-                return accept(*stream, &body);
-            case kProxyAuthenticationRequired:
-                return authenticate(*stream);
-            default:
-                return Ending::Refusal;
-        }
+Answer read(HttpStream& stream, Keep keep) {
+    GrowingBody body;
+    char unkept[kReadSize] = {};
+    for (;;) {
+        char* room = keep == Keep::Body ? body.room(kReadSize) : unkept;
+        if (room == nullptr) return {Ending::NoMemory};
+        const int32_t count = readBody(stream, room, kReadSize);
+        if (count < 0) return {Ending::Failed};
+        if (count == 0) break;
+        if (keep == Keep::Body) body.add(static_cast<uint32_t>(count));
     }
+    Answer answer{Ending::Answered, responseCode(stream)};
+    if (keep == Keep::Status || answer.status != kStatusOk) return answer;
+    answer.body = body.take();
+    answer.isGzip = hasResponseHeader(stream, "Content-Encoding", "gzip");
+    return answer.body.data ? std::move(answer) : Answer{Ending::NoMemory};
+}
 
-    platform::HttpRequest requestFor(Mode mode) const {
-        platform::HttpRequest request = request_;
-        if (mode == Mode::Direct) return request;
-        request.proxies = proxies_.get();
-        request.authentication = authentication_.get();
-        request.credentials = authentication_ ? &credentials_ : nullptr;
-        return request;
+// The answer of a stream that has just been opened.
+Answer await(HttpStream& stream, Keep keep) {
+    if (!opensInTime(stream)) return {Ending::NoAnswer};
+    // Headers without a body in time are an answer that breaks off.
+    if (!hasBytesInTime(stream)) {
+        return {responseCode(stream) == 0 ? Ending::NoAnswer : Ending::Failed};
     }
-
-    Ending receive(platform::HttpStream& stream, ResponseBody* body) const {
-        char chunk[kReadSize];
-        if (reader_ != nullptr) body->reserve(stream.announcedLength());
-        for (;;) {
-            const int32_t count = stream.read(chunk, sizeof chunk);
-            if (count == 0) return Ending::Done;
-            if (count < 0) {
-                if (stream.status() == platform::StreamStatus::Error) return Ending::BrokenAnswer;
-                continue;  // no bytes and no error: there is nothing to append
-            }
-            if (reader_ == nullptr) continue;
-            if (!body->append(chunk, static_cast<uint32_t>(count))) return Ending::NoMemory;
-        }
-    }
-
-    // Prepares the answer to a 407. In direct mode credentials are looked up and never sent, so
-    // that a second 407 ends the attempt there too.
-    Ending authenticate(const platform::HttpStream& stream) {
-        if (authentication_) return Ending::Refusal;
-        authentication_ = stream.proxyAuthentication();
-        const bool answerable = authentication_ && authentication_->requiresUserNameAndPassword();
-        if (!answerable || !_vn_mac_get_keychain_proxy_credentials(request_.url, &credentials_)) {
-            return Ending::NoCredentials;
-        }
-        return Ending::WithCredentials;
-    }
-
-    Ending accept(const platform::HttpStream& stream, ResponseBody* body) const {
-        switch (reader_ != nullptr ? reader_->accept(stream, body) : Verdict::Accepted) {
-            case Verdict::Accepted:
-                return Ending::Done;
-            case Verdict::NoMemory:
-                return Ending::NoMemory;
-            default:
-                return Ending::Refusal;
-        }
-    }
-
-    Next nextAfter(Ending ending) const {
-        switch (ending) {
-            case Ending::NoStream:
-                return policy_.noStream;
-            case Ending::NoAnswer:
-                return policy_.noAnswer;
-            case Ending::BrokenAnswer:
-                return policy_.brokenAnswer;
-            case Ending::NoCredentials:
-                return policy_.noCredentials;
-            case Ending::Refusal:
-                return policy_.refusal;
-            default:
-                return Next::GiveUp;
-        }
-    }
-
-    // A refused connection fails at once; without a pause its repetition would fill a core.
-    void pause() {
-        std::this_thread::sleep_for(pause_);
-        pause_ = std::min(2 * pause_, kLongestPause);
-    }
-
-    platform::HttpRequest request_;
-    const AttemptPolicy& policy_;
-    AnswerReader* reader_;
-    std::unique_ptr<platform::SystemProxies> proxies_;
-    std::unique_ptr<platform::ProxyAuthentication> authentication_;
-    platform::Credentials credentials_;
-    std::chrono::milliseconds pause_ = kFirstPause;
-};
+    // A failed stream ends the wait for bytes as well: a read of it need not wait.
+    if (statusOf(stream) == StreamStatus::Error) return {Ending::NoAnswer};
+    return read(stream, keep);
+}
 
 }  // namespace
 
-bool sendInAttempts(const platform::HttpRequest& request, const AttemptPolicy& policy,
-                    AnswerReader* reader) {
-    return Attempts(request, policy, reader).run();
+Answer HttpAttempts::send(Way way) {
+    for (;;) {
+        const platform::OwnedStream stream = platform::openStream(requestFor(way));
+        if (!stream) return {Ending::Failed};
+        Answer answer = await(*stream, keep_);
+        if (answer.status != kProxyAuthenticationRequired || authentication_) return answer;
+        if (!answerDemand(*stream)) return {Ending::Failed};
+    }
+}
+
+// In direct mode credentials are looked up and never sent, so that a second 407 ends the attempt
+// there too.
+bool HttpAttempts::answerDemand(HttpStream& stream) {
+    authentication_ = takeProxyAuthentication(stream);
+    return authentication_ && requiresUserNameAndPassword(*authentication_) && proxies_ &&
+           findProxyCredentials(*proxies_, request_.url, &credentials_);
+}
+
+platform::HttpRequest HttpAttempts::requestFor(Way way) const {
+    platform::HttpRequest request = request_;
+    if (way == Way::Direct) return request;
+    request.proxies = proxies_.get();
+    request.authentication = authentication_.get();
+    request.credentials = authentication_ ? &credentials_ : nullptr;
+    return request;
 }
 
 }  // namespace velnor

@@ -1,48 +1,61 @@
-// One request through the system's HTTP stack, in as many attempts as its policy allows: the first
-// through the system's proxies, with a password of the user's keychain when a proxy wants one, the
-// others directly.
+// Attempts at one request through the system's HTTP stack: by way of the system's proxies, with a
+// password of the user's keychain when a proxy wants one, or directly.
 #ifndef VELNOR_NET_HTTP_ATTEMPTS_H
 #define VELNOR_NET_HTTP_ATTEMPTS_H
 
-#include "net/response_body.h"
+#include <cstdint>
+
+#include "net/body.h"
 #include "platform/http_stream.h"
 
 namespace velnor {
 
-/// What follows an attempt that has failed.
-enum class Next {
-    GiveUp,
-    DirectOnce,   // the direct attempt, unless this was it
-    DirectAgain,  // a direct attempt in any case, however many there were
+enum class Way { Proxied, Direct };
+
+enum class Ending {
+    Answered,  // with whatever status
+    NoAnswer,  // no connection or no first byte within the time, or a failure before it
+    Failed,  // it could not start, or the answer broke off, is no HTTP, redirects to where it must
+             // not lead, or wants a password that there is not
+    NoMemory,  // for the body
 };
 
-/// What an attempt can fail of, and what follows then. Want of memory for the body always ends the
-/// request.
-struct AttemptPolicy {
-    Next noStream;       // it could not even start
-    Next noAnswer;       // no connection or no first byte within the time, or a failure before it
-    Next brokenAnswer;   // the connection failed within the answer
-    Next noCredentials;  // a proxy wants a password, and there is none
-    Next refusal;        // any status but 200, a refused password, an answer that was not accepted
-    bool asksProxyOnce;  // a 407 is answered once in all attempts together, not once in each
+struct Answer {
+    Ending ending;
+    int32_t status = 0;
+    Body body = {};  // of a status 200 alone, and null data when it is not kept
+    bool isGzip = false;
 };
 
-enum class Verdict { Accepted, Refused, NoMemory };
+enum class Keep { Body, Status };
 
-/// Takes the answers with status 200.
-class AnswerReader {
+constexpr int32_t kStatusOk = 200;
+
+class HttpAttempts {
   public:
-    virtual ~AnswerReader() = default;
-    virtual Verdict accept(const platform::HttpStream& stream, ResponseBody* body) = 0;
-};
+    /// `request` is without proxies and credentials, which are filled in here. Bodies that are not
+    /// kept are read to their ends all the same.
+    HttpAttempts(const platform::HttpRequest& request, Keep keep)
+        : request_(request), keep_(keep), proxies_(platform::copySystemProxies()) {}
 
-/// Sends `request` (its proxies and credentials are filled in here). True when an answer with
-/// status 200 came and the reader accepted it; without a reader, bodies are thrown away.
-///
-/// An attempt waits about 15 s for the connection and 15 s for the first bytes, and without limit
-/// for the rest. Between repeated direct attempts there is a pause of 50 ms to 1 s, growing.
-bool sendInAttempts(const platform::HttpRequest& request, const AttemptPolicy& policy,
-                    AnswerReader* reader);
+    /// One attempt. It waits about 15 s for the connection and 15 s for the first bytes, and
+    /// without limit for the rest. The first 407 is answered by a second request, which carries the
+    /// proxy's credentials when the way is not direct; a later one is an answer like others.
+    Answer send(Way way);
+
+    /// Lets the next attempt answer a 407 once more.
+    void forgetProxyDemand() { authentication_.reset(); }
+
+  private:
+    bool answerDemand(platform::HttpStream& stream);
+    platform::HttpRequest requestFor(Way way) const;
+
+    platform::HttpRequest request_;
+    Keep keep_;
+    platform::OwnedProxies proxies_;
+    platform::OwnedAuthentication authentication_;
+    platform::Credentials credentials_;
+};
 
 }  // namespace velnor
 

@@ -1,11 +1,9 @@
-// TCP on the system's sockets.
 #include "net/socket.h"
 
 #include <fcntl.h>
 #include <netdb.h>
 #include <netinet/in.h>
 #include <poll.h>
-#include <sched.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <unistd.h>
@@ -14,14 +12,14 @@
 #include <chrono>
 #include <memory>
 
-#include "api/last_error.h"
+#include "api/result/last_error.h"
 #include "velnor/capi.h"
 
+namespace velnor {
 namespace {
 
 constexpr int32_t kMaxPort = 65535;
-// A program on this machine answers within this time, and waking a sleeper would take longer.
-constexpr std::chrono::microseconds kAwake{50};
+constexpr time_t kLongestSilence = 30;
 
 struct AddressListDeleter {
     void operator()(addrinfo* list) const { freeaddrinfo(list); }
@@ -57,77 +55,58 @@ bool connectTo(int fd, addrinfo* host, int32_t port) {
     return errno == EINTR && awaitConnection(fd);
 }
 
-ssize_t receive(int fd, void* buffer, uint32_t size) {
-    ssize_t count = 0;
-    do {
-        count = recv(fd, buffer, size, 0);
-    } while (count == -1 && errno == EINTR);
-    return count;
-}
+using Clock = std::chrono::steady_clock;
 
-// Looks again and again for a moment, and leaves the processor to the peer between two looks. Fails
-// with EAGAIN when nothing has come.
-ssize_t receiveAwake(int fd, void* buffer, uint32_t size) {
-    using Clock = std::chrono::steady_clock;
-    const Clock::time_point end = Clock::now() + kAwake;
-    ssize_t count = 0;
-    while ((count = recv(fd, buffer, size, MSG_DONTWAIT)) == -1 && errno == EAGAIN &&
-           Clock::now() < end) {
-        sched_yield();
-    }
-    return count;
+// Whether the socket's limit on waits has passed since `start`; never for one without.
+bool isOver(int fd, Clock::time_point start) {
+    timeval limit{};
+    socklen_t size = sizeof limit;
+    return getsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &limit, &size) == 0 && limit.tv_sec > 0 &&
+           Clock::now() - start >= std::chrono::seconds(limit.tv_sec);
 }
 
 }  // namespace
 
-velnor::Socket::~Socket() {
+Socket::~Socket() {
     if (descriptor_ != -1) close(descriptor_);
 }
 
-int32_t _vn_openSocket(const char* hostName, int32_t port) {
-    const AddressList host = hostName != nullptr ? resolve(hostName) : nullptr;
-    if (!host) {
-        _vn_setLastError(INSTALL_ERROR_INVALIDARGUMENT);
-        return -1;
-    }
-    velnor::Socket fd(socket(host->ai_family, host->ai_socktype, host->ai_protocol));
-    if (fd) fcntl(fd.get(), F_SETFD, FD_CLOEXEC);
-    if (!fd || !connectTo(fd.get(), host.get(), port)) {
-        _vn_setLastError(INSTALL_ERROR_NETWORK);
-        return -1;
-    }
-    return fd.release();
-}
-
-void velnor::limitWaits(int32_t socket, int32_t seconds) {
-    const timeval limit{seconds, 0};
+void limitWaits(int32_t socket) {
+    const timeval limit{kLongestSilence, 0};
     setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
     setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
 }
 
-bool velnor::hasUnread(int32_t socket) {
+bool hasUnread(int32_t socket) {
     char byte = 0;
     return recv(socket, &byte, sizeof byte, MSG_PEEK | MSG_DONTWAIT) > 0;
 }
 
-int64_t velnor::receiveAnswer(int32_t socket, void* buffer, uint32_t size) {
-    const ssize_t count = receiveAwake(socket, buffer, size);
-    const bool isOpen = count == -1 && (errno == EAGAIN || errno == EINTR);
-    return isOpen ? receive(socket, buffer, size) : count;
+int64_t receive(int32_t socket, void* buffer, uint32_t size) {
+    // A signal does not begin the wait anew: they may come more often than the limit.
+    const Clock::time_point start = Clock::now();
+    ssize_t count = 0;
+    do {
+        count = recv(socket, buffer, size, 0);
+    } while (count == -1 && errno == EINTR && !isOver(socket, start));
+    if (count == -1 && errno == EINTR) errno = EAGAIN;
+    return count;
 }
 
-uint32_t _vn_recvUpToSize(int32_t socket, void* buffer, uint32_t size) {
+uint32_t receiveUpToSize(int32_t socket, void* buffer, uint32_t size, bool* silent) {
     auto* bytes = static_cast<char*>(buffer);
     uint32_t received = 0;
+    int64_t count = 1;
     while (received < size) {
-        const ssize_t count = receive(socket, bytes + received, size - received);
+        count = receive(socket, bytes + received, size - received);
         if (count < 1) break;
         received += static_cast<uint32_t>(count);
     }
+    *silent = count == -1 && (errno == EAGAIN || errno == EWOULDBLOCK);
     return received;
 }
 
-bool velnor::sendAll(int32_t socket, const void* bytes, uint32_t size) {
+bool sendAll(int32_t socket, const void* bytes, uint32_t size) {
     const auto* next = static_cast<const char*>(bytes);
     while (size > 0) {
         const ssize_t count = send(socket, next, size, MSG_NOSIGNAL);
@@ -137,4 +116,26 @@ bool velnor::sendAll(int32_t socket, const void* bytes, uint32_t size) {
         size -= static_cast<uint32_t>(count);
     }
     return true;
+}
+
+}  // namespace velnor
+
+int32_t _vn_openSocket(const char* hostName, int32_t port) {
+    const velnor::AddressList host = hostName != nullptr ? velnor::resolve(hostName) : nullptr;
+    if (!host) {
+        _vn_setLastError(INSTALL_ERROR_INVALIDARGUMENT);
+        return -1;
+    }
+    velnor::Socket fd(socket(host->ai_family, host->ai_socktype, host->ai_protocol));
+    if (fd) fcntl(fd.get(), F_SETFD, FD_CLOEXEC);
+    if (!fd || !velnor::connectTo(fd.get(), host.get(), port)) {
+        _vn_setLastError(INSTALL_ERROR_NETWORK);
+        return -1;
+    }
+    return fd.release();
+}
+
+uint32_t _vn_recvUpToSize(int32_t socket, void* buffer, uint32_t size) {
+    bool silent = false;
+    return velnor::receiveUpToSize(socket, buffer, size, &silent);
 }

@@ -15,17 +15,20 @@ uint32_t _vn_recvUpToSize(int32_t socket, void* buffer, uint32_t size);
 
 namespace velnor {
 
-/// Makes sending and receiving on the socket fail after so many seconds without progress; a signal
-/// that arrives meanwhile begins them anew.
-void limitWaits(int32_t socket, int32_t seconds);
+/// Makes sending and receiving on the socket fail after 30 seconds without progress. The client
+/// answers at once; this is for one that hangs.
+void limitWaits(int32_t socket);
+
+/// _vn_recvUpToSize, which tells besides whether it ended because the peer was silent for too
+/// long.
+uint32_t receiveUpToSize(int32_t socket, void* buffer, uint32_t size, bool* silent);
 
 /// Whether bytes have come that nobody has received yet. Does not wait.
 bool hasUnread(int32_t socket);
 
 /// Receives what is there, waiting for the first byte; at most `size` bytes. Returns their number,
-/// 0 when the peer has closed, -1 on failure. For the beginning of an answer: stays awake for up to
-/// 50 microseconds before it sleeps.
-int64_t receiveAnswer(int32_t socket, void* buffer, uint32_t size);
+/// 0 when the peer has closed, -1 on failure.
+int64_t receive(int32_t socket, void* buffer, uint32_t size);
 
 /// Sends all of it, without SIGPIPE when the peer has gone. False when it could not be sent whole.
 bool sendAll(int32_t socket, const void* bytes, uint32_t size);

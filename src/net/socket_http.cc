@@ -1,4 +1,3 @@
-// Requests and replies over a socket.
 #include "net/socket_http.h"
 
 #include <algorithm>
@@ -7,16 +6,15 @@
 #include <cstring>
 #include <limits>
 
-#include "api/last_error.h"
-#include "net/http_url.h"
+#include "api/result/last_error.h"
 #include "net/socket.h"
 #include "support/format.h"
 #include "support/owned.h"
 #include "support/text_extraction.h"
+#include "support/url.h"
 #include "velnor/capi.h"
 
-using velnor::OwnedText;
-
+namespace velnor {
 namespace {
 
 constexpr size_t kRequestSize = 1024;
@@ -27,8 +25,6 @@ constexpr uint32_t kStatusOffset = 9;
 constexpr int64_t kMaxLength = 0xA00000;
 constexpr uint32_t kFirstRoom = 1024 * 1024;
 constexpr int32_t kDefaultPort = 80;
-// The client answers at once; this is for one that hangs, which nobody should hang with.
-constexpr int32_t kPatience = 30;
 constexpr char kBlankLine[] = "\r\n\r\n";
 
 // What came in up to the blank line and in the same reads.
@@ -67,14 +63,13 @@ bool sendRequest(int32_t socket, const char* userAgent, const char* path, const 
         "GET /%s HTTP/1.0\r\nHost: %s\r\nUser-Agent: %s\r\nConnection: keep-alive\r\n\r\n", path,
         hostName, userAgent);
     return length > 0 && static_cast<size_t>(length) < sizeof request &&
-           velnor::sendAll(socket, request, static_cast<uint32_t>(length));
+           sendAll(socket, request, static_cast<uint32_t>(length));
 }
 
 bool receiveHead(int32_t socket, Head* head) {
     const char* end = nullptr;
     while ((end = std::strstr(head->text, kBlankLine)) == nullptr && head->size < kHeadSize) {
-        const int64_t count =
-            velnor::receiveAnswer(socket, head->text + head->size, kHeadSize - head->size);
+        const int64_t count = receive(socket, head->text + head->size, kHeadSize - head->size);
         if (count < 1) break;
         head->size += static_cast<uint32_t>(count);
     }
@@ -96,9 +91,10 @@ bool receiveUntilClosed(int32_t socket, const Head& head, Reply* reply) {
     if (!reply->body.resize(room)) return false;
     std::memcpy(reply->body.get(), head.body(), size);
     for (;;) {
-        const uint32_t count = _vn_recvUpToSize(socket, reply->body.get() + size, room - size);
-        size += count;
-        if (size < room) break;  // it was closed, or failed: no telling which
+        bool silent = false;
+        size += receiveUpToSize(socket, reply->body.get() + size, room - size, &silent);
+        if (silent) return fail(INSTALL_ERROR_NETWORK);
+        if (size < room) break;  // it was closed, or failed, which counts as the end
         if (room > std::numeric_limits<uint32_t>::max() / 2) {
             return fail(INSTALL_ERROR_INSUFFICIENTMEMORY);
         }
@@ -111,8 +107,8 @@ bool receiveUntilClosed(int32_t socket, const Head& head, Reply* reply) {
 }
 
 bool receiveLength(int32_t socket, const Head& head, int64_t announced, Reply* reply) {
-    // The memory code for every length that is not accepted, 0 included, deliberately: it is the
-    // API's code for a reply that cannot be held.
+    // The memory code for every length that is not accepted, 0 included, is fixed by the interface:
+    // it stands for a reply that cannot be held.
     if (announced < 1 || announced > kMaxLength) return fail(INSTALL_ERROR_INSUFFICIENTMEMORY);
     const auto length = static_cast<uint32_t>(announced);
     const uint32_t present = std::min(head.bodySize(), length);
@@ -149,7 +145,7 @@ long statusOf(const char* headers) {
 
 // Fetches one URL, whatever its status. True with the reply, and the socket in `socketOut`.
 bool fetch(const char* userAgent, const char* url, Reply* reply, int32_t* socketOut) {
-    if (url == nullptr || !velnor::isHttpUrlWithPath(url)) {
+    if (url == nullptr || !isHttpUrlWithPath(url)) {
         return fail(INSTALL_ERROR_INVALIDARGUMENT);
     }
     OwnedText copy;
@@ -157,37 +153,23 @@ bool fetch(const char* userAgent, const char* url, Reply* reply, int32_t* socket
     int32_t port = kDefaultPort;
     char* path = nullptr;
     if (!_vn_getHostName(url, copy.out(), &host, &port, &path)) return false;
-    velnor::Socket socket(_vn_openSocket(host, port));
+    Socket socket(_vn_openSocket(host, port));
     if (!socket) return false;
-    velnor::limitWaits(socket.get(), kPatience);
+    limitWaits(socket.get());
     if (!exchange(socket.get(), userAgent, path, host, true, reply)) return false;
     *socketOut = socket.release();
     return true;
 }
 
-}  // namespace
-
-char* _vn_downloadPathFromSocket(const char* userAgent, const char* path, const char* hostName,
-                                 int32_t socket, char** headersOut, uint32_t* lengthOut) {
-    if (headersOut != nullptr) *headersOut = nullptr;
-    Reply reply;
-    if (!exchange(socket, userAgent, path, hostName, headersOut != nullptr, &reply)) return nullptr;
-    if (headersOut != nullptr) *headersOut = reply.headers.release();
-    if (lengthOut != nullptr) *lengthOut = reply.length;
-    return reply.body.release();
-}
-
-char* _vn_downloadURL(const char* userAgent, const char* url, int32_t* socketOut,
-                      uint32_t* lengthOut, void* /*reserved*/) {
-    if (socketOut != nullptr) *socketOut = -1;
-    // Redirects are followed without end, deliberately; in a loop, so that a circle of them costs
-    // time and no stack.
+// Follows redirects to the end of the chain, which has no limit that the interface would allow; in
+// a loop, so that a circle of them costs time and no stack.
+char* download(const char* userAgent, const char* url, int32_t* socketOut, uint32_t* lengthOut) {
     OwnedText redirect;
     for (;;) {
         Reply reply;
         int32_t descriptor = -1;
         if (!fetch(userAgent, redirect ? redirect.get() : url, &reply, &descriptor)) return nullptr;
-        velnor::Socket socket(descriptor);
+        Socket socket(descriptor);
         const long status = statusOf(reply.headers.get());
         if (status == 200) {
             if (socketOut != nullptr) *socketOut = socket.release();
@@ -198,4 +180,24 @@ char* _vn_downloadURL(const char* userAgent, const char* url, int32_t* socketOut
         redirect = OwnedText(_vn_pluckString(reply.headers.get(), "Location: "));
         if (!redirect) return nullptr;
     }
+}
+
+}  // namespace
+}  // namespace velnor
+
+char* _vn_downloadPathFromSocket(const char* userAgent, const char* path, const char* hostName,
+                                 int32_t socket, char** headersOut, uint32_t* lengthOut) {
+    if (headersOut != nullptr) *headersOut = nullptr;
+    velnor::Reply reply;
+    if (!velnor::exchange(socket, userAgent, path, hostName, headersOut != nullptr, &reply))
+        return nullptr;
+    if (headersOut != nullptr) *headersOut = reply.headers.release();
+    if (lengthOut != nullptr) *lengthOut = reply.length;
+    return reply.body.release();
+}
+
+char* _vn_downloadURL(const char* userAgent, const char* url, int32_t* socketOut,
+                      uint32_t* lengthOut, void* /*reserved*/) {
+    if (socketOut != nullptr) *socketOut = -1;
+    return velnor::download(userAgent, url, socketOut, lengthOut);
 }

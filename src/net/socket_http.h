@@ -18,14 +18,15 @@
 /// caller, and null on failure; `lengthOut` (may be null) the body's length on success.
 ///
 /// Codes left: 1 a null argument, or a line break in a text; 4 no memory, or a length that is out
-/// of bounds; 5 a reply that is incomplete or has no header block. A request that is too long or
-/// could not be sent leaves none.
+/// of bounds; 5 a reply that is incomplete or has no header block, or, on a socket whose waits are
+/// limited, a peer that is silent for too long. A request that is too long or could not be sent
+/// leaves none.
 char* _vn_downloadPathFromSocket(const char* userAgent, const char* path, const char* hostName,
                                  int32_t socket, char** headersOut, uint32_t* lengthOut);
 
 /// Fetches an "http://" URL and returns the body as above, of a reply with status 200; null on
 /// failure. Redirects are followed without a limit on their number, to "http://" URLs only. A peer
-/// that is silent for 30 seconds counts as one that has closed.
+/// may be silent for 30 seconds.
 ///
 /// `socketOut` (may be null) receives the open socket of a success, owned by the caller, and -1 on
 /// failure; without it the socket is closed. `lengthOut` (may be null) receives the body's length

@@ -1,29 +1,13 @@
-// A download as a request in two attempts.
 #include "net/system_downloader.h"
 
 #include <array>
 #include <utility>
 
-#include "net/gzip.h"
 #include "net/http_attempts.h"
-#include "net/url_text.h"
-#include "support/owned.h"
+#include "support/url.h"
 
-using velnor::AttemptPolicy;
-using velnor::Next;
-using velnor::OwnedText;
-using velnor::Verdict;
-
+namespace velnor {
 namespace {
-
-constexpr AttemptPolicy kPolicy{
-    .noStream = Next::DirectOnce,
-    .noAnswer = Next::DirectOnce,
-    .brokenAnswer = Next::DirectOnce,
-    .noCredentials = Next::DirectOnce,
-    .refusal = Next::DirectOnce,
-    .asksProxyOnce = false,
-};
 
 // ASCII without control characters, which could end the header line and begin another.
 bool isHeaderText(const char* text) {
@@ -34,45 +18,38 @@ bool isHeaderText(const char* text) {
     return true;
 }
 
-// Keeps the body, inflated when it came compressed.
-class Download final : public velnor::AnswerReader {
-  public:
-    explicit Download(uint32_t* outSize) : outSize_(outSize) {}
+// The body as it was before it was sent; null data and size 0 when it cannot be inflated.
+Body decode(Answer answer, bool isCounted) {
+    if (!answer.isGzip) return std::move(answer.body);
+    // Without a count it counts as too short, which is fixed by the interface: a caller that asks
+    // for no count wants text, and text is not served compressed.
+    if (!isCounted) answer.body.size = 0;
+    return inflateGzip(std::move(answer.body));
+}
 
-    Verdict accept(const velnor::platform::HttpStream& stream,
-                   velnor::ResponseBody* body) override {
-        uint32_t size = 0;
-        OwnedText data = body->take(&size);
-        if (!data) return Verdict::NoMemory;
-        if (outSize_ != nullptr) *outSize_ = size;
-        if (stream.hasResponseHeader("Content-Encoding", "gzip")) {
-            // Without `outSize` the count starts at 0 and the body counts as too short,
-            // deliberately: a caller that asks for no count wants text, and text is not served
-            // compressed.
-            uint32_t noCount = 0;
-            data = inflateGzip(std::move(data), outSize_ != nullptr ? outSize_ : &noCount);
-        }
-        result_ = std::move(data);
-        return result_ ? Verdict::Accepted : Verdict::Refused;
+char* download(const platform::HttpRequest& request, uint32_t* outSize) {
+    HttpAttempts attempts(request, Keep::Body);
+    for (const Way way : {Way::Proxied, Way::Direct}) {
+        attempts.forgetProxyDemand();
+        Answer answer = attempts.send(way);
+        if (answer.ending == Ending::NoMemory) return nullptr;
+        if (answer.status != kStatusOk) continue;
+        Body body = decode(std::move(answer), outSize != nullptr);
+        if (outSize != nullptr) *outSize = body.size;
+        if (body.data) return body.data.release();
     }
-
-    char* release() { return result_.release(); }
-
-  private:
-    uint32_t* outSize_;
-    OwnedText result_;
-};
+    return nullptr;
+}
 
 }  // namespace
+}  // namespace velnor
 
 char* _vn_downloadVelnorURL(const char* userAgent, const char* url, uint32_t* outSize,
                             InstallContext* /*context*/, uint32_t /*progressFrom*/,
                             uint32_t /*progressTo*/) {
     if (userAgent == nullptr || url == nullptr) return nullptr;
-    if (!velnor::isUrlText(url) || !isHeaderText(userAgent)) return nullptr;
+    if (!velnor::isWebUrl(url) || !velnor::isHeaderText(userAgent)) return nullptr;
     const std::array<velnor::platform::HttpHeader, 2> headers{
         {{"User-Agent", userAgent}, {"Accept-Encoding", "gzip"}}};
-    Download download(outSize);
-    velnor::sendInAttempts({"GET", url, headers}, kPolicy, &download);
-    return download.release();
+    return velnor::download({"GET", url, headers}, outSize);
 }

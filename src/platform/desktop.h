@@ -1,8 +1,16 @@
-// What a program has to say so that its windows look right on the desktop it is on.
+// The screen that windows are shown on, and what a program has to say so that they look right
+// there.
 #ifndef VELNOR_PLATFORM_DESKTOP_H
 #define VELNOR_PLATFORM_DESKTOP_H
 
-namespace velnor {
+namespace velnor::platform {
+
+/// Whether the window system that the user works with can be reached.
+bool hasDisplay();
+
+/// From now on `onGone` is called when the display goes: the user has logged out, or a window
+/// manager has cut the connection to close a window. `onGone` uses no display and ends the process.
+void watchDisplay(void (*onGone)());
 
 /// Nothing but the program's windows appears. To be called before the application object exists.
 void showWindowsAlone();
@@ -15,6 +23,6 @@ void useFontFor(const char* text);
 /// application object exists.
 void keepEventsFlowing();
 
-}  // namespace velnor
+}  // namespace velnor::platform
 
 #endif

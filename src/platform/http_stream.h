@@ -13,14 +13,10 @@
 
 namespace velnor::platform {
 
-enum class StreamStatus : int32_t {
-    NotOpen = 0,
-    Opening = 1,
-    Open = 2,  // connected (TLS included) and not yet read to the end
-    Reading = 3,
-    AtEnd = 5,
-    Closed = 6,
-    Error = 7,
+enum class StreamStatus {
+    Opening,
+    Open,   // connected (TLS included), or a failure that shows when it is read
+    Error,  // no answer began: nobody was there, or the connection was closed again
 };
 
 struct HttpHeader {
@@ -28,14 +24,17 @@ struct HttpHeader {
     const char* value;
 };
 
-/// What a proxy demanded in a 407 reply; made from the response and needed to answer it.
-class ProxyAuthentication {
-  public:
-    virtual ~ProxyAuthentication() = default;
-
-    /// False for schemes that authenticate otherwise (Kerberos tickets, say).
-    virtual bool requiresUserNameAndPassword() const = 0;
+/// What a proxy demanded in a 407 reply; made from the response and needed to answer it. It holds
+/// what the exchange has learnt from the reply (a nonce, say), so it answers one request. Each
+/// backend has its own.
+class ProxyAuthentication;
+struct ProxyAuthenticationDeleter {
+    void operator()(ProxyAuthentication* authentication) const;
 };
+using OwnedAuthentication = std::unique_ptr<ProxyAuthentication, ProxyAuthenticationDeleter>;
+
+/// False for schemes that authenticate otherwise (Kerberos tickets, say).
+bool requiresUserNameAndPassword(const ProxyAuthentication& authentication);
 
 /// A request. All pointers stay the caller's and are valid for as long as the stream is.
 struct HttpRequest {
@@ -45,49 +44,47 @@ struct HttpRequest {
                                              // an authorization
     std::string_view body = {};              // null data: none, and no Content-Length
     const SystemProxies* proxies = nullptr;  // null: connect directly
-    const ProxyAuthentication* authentication = nullptr;  // with credentials: answers a 407
+    ProxyAuthentication* authentication = nullptr;  // with credentials: answers a 407
     const Credentials* credentials = nullptr;
 };
 
-/// Belongs to one thread. Work happens only inside its calls.
-class HttpStream {
-  public:
-    virtual ~HttpStream() = default;  // closes it
-
-    /// Starts the exchange; false when it cannot even start.
-    virtual bool open() = 0;
-
-    virtual StreamStatus status() const = 0;
-
-    /// True when a read returns without waiting: bytes are there, or the end, or an error.
-    virtual bool hasBytesAvailable() const = 0;
-
-    /// Lets the exchange go on for at most `milliseconds`; each returns as soon as its answer is
-    /// known: the status is Open or Error, or a read need not wait.
-    virtual void waitUntilOpen(int milliseconds) = 0;
-    virtual void waitForBytes(int milliseconds) = 0;
-
-    /// Reads at most `size` body bytes, waiting without limit for the first. Returns their number,
-    /// 0 at the end, -1 on failure (status Error).
-    virtual int32_t read(void* buffer, uint32_t size) = 0;
-
-    /// Status code of the final response; 0 while there is none.
-    virtual int32_t responseCode() const = 0;
-
-    /// True when the final response has a header `name` (any letter case) with exactly `value`.
-    virtual bool hasResponseHeader(const char* name, const char* value) const = 0;
-
-    /// Announced length of the body in bytes; -1 when unknown.
-    virtual int64_t announcedLength() const = 0;
-
-    /// What a 407 response demands; null when it names no scheme that is known here.
-    virtual std::unique_ptr<ProxyAuthentication> proxyAuthentication() const = 0;
+/// Belongs to one thread. Work happens only inside the calls below. Each backend has its own.
+class HttpStream;
+struct HttpStreamDeleter {
+    void operator()(HttpStream* stream) const;  // closes it
 };
+using OwnedStream = std::unique_ptr<HttpStream, HttpStreamDeleter>;
 
-/// A stream for `request`; null when none can be made, for a URL that is none or for want of
-/// memory. Redirects are followed: to http and https only, 20 at most, never from https to http.
-/// The method and the body stay as they are, but after a 303 it is a GET without one.
-std::unique_ptr<HttpStream> createHttpStream(const HttpRequest& request);
+/// Starts the exchange; null when it cannot even start, for a URL that is none or without memory.
+/// Redirects are followed: to http and https only, 20 at most, never from https to http. The method
+/// and the body stay as they are, but after a 303 it is a GET without one.
+OwnedStream openStream(const HttpRequest& request);
+
+/// A failure behind which there is the beginning of an answer, or one that will be the same the
+/// next time, shows as Open: the read fails.
+StreamStatus statusOf(const HttpStream& stream);
+
+/// True when a read returns without waiting: bytes are there, or the end, or an error.
+bool hasBytesAvailable(const HttpStream& stream);
+
+/// Lets the exchange go on for at most `milliseconds`; each returns as soon as its answer is known:
+/// the status is Open or Error, or a read need not wait.
+void waitUntilOpen(HttpStream& stream, int milliseconds);
+void waitForBytes(HttpStream& stream, int milliseconds);
+
+/// Reads at most `size` body bytes, waiting without limit for the first. Returns their number, 0 at
+/// the end, -1 on failure.
+int32_t readBody(HttpStream& stream, void* buffer, uint32_t size);
+
+/// Status code of the final response; 0 while there is none.
+int32_t responseCode(const HttpStream& stream);
+
+/// True when the final response has a header `name` (any letter case) with exactly `value`.
+bool hasResponseHeader(const HttpStream& stream, const char* name, const char* value);
+
+/// What a 407 response demands, once it has been read to its end; null when it names no scheme that
+/// is known here. The exchange goes over to it: of the stream nothing is asked afterwards.
+OwnedAuthentication takeProxyAuthentication(HttpStream& stream);
 
 }  // namespace velnor::platform
 

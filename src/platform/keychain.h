@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "platform/proxy_protocol.h"
+#include "platform/system_proxies.h"
 #include "support/owned.h"
 
 namespace velnor::platform {
@@ -16,7 +16,8 @@ struct Credentials {
 };
 
 /// Looks up the internet password for the proxy at `server` and `port`. The system may ask the user
-/// to unlock the store. True with `credentials` filled when there is one.
+/// to unlock the store, for which it has two minutes. True with `credentials` filled when there is
+/// one.
 bool findProxyPassword(const char* server, uint16_t port, ProxyProtocol protocol,
                        Credentials* credentials);
 

@@ -5,25 +5,30 @@
 #include <cstdint>
 #include <memory>
 
-#include "platform/proxy_protocol.h"
 #include "support/owned.h"
 
 namespace velnor::platform {
 
-class SystemProxies {
-  public:
-    virtual ~SystemProxies() = default;
+/// The two kinds of web proxy that a system is configured with, named after the URLs that they
+/// serve.
+enum class ProxyProtocol { Http, Https };
 
-    /// Host and port of the proxy that is configured for `protocol`, whether or not it is switched
-    /// on, as far as the system knows such a state; `url` is what is being fetched, for systems
-    /// whose settings depend on it. Returns null when none is configured, or with code 4; `*port`
-    /// is left alone where the settings name no port.
-    virtual OwnedText configuredHost(ProxyProtocol protocol, const char* url,
-                                     int32_t* port) const = 0;
+/// Each backend has its own.
+class SystemProxies;
+struct SystemProxiesDeleter {
+    void operator()(SystemProxies* proxies) const;
 };
+using OwnedProxies = std::unique_ptr<SystemProxies, SystemProxiesDeleter>;
 
 /// A copy of the current settings; null when the system has none to give or there is no memory.
-std::unique_ptr<SystemProxies> copySystemProxies();
+OwnedProxies copySystemProxies();
+
+/// Host and port of the proxy that is configured for `protocol`, whether or not it is switched on,
+/// as far as the system knows such a state; `url` is what is being fetched, for systems whose
+/// settings depend on it. Returns null when none is configured, or with code 4; `*port` is left
+/// alone where the settings name no port.
+OwnedText configuredProxyHost(const SystemProxies& proxies, ProxyProtocol protocol, const char* url,
+                              int32_t* port);
 
 }  // namespace velnor::platform
 

@@ -1,14 +1,14 @@
-// Hexadecimal text and percent-encoding.
 #include "support/encodings.h"
 
 #include <algorithm>
 #include <cstring>
 #include <limits>
 
-#include "api/last_error.h"
+#include "api/result/last_error.h"
 #include "support/memory.h"
 #include "velnor/capi.h"
 
+namespace velnor {
 namespace {
 
 constexpr char kDigits[] = "0123456789abcdef";
@@ -22,12 +22,13 @@ char* putHex(char* out, uint8_t byte) {
 bool isBetween(uint8_t byte, char first, char last) { return byte >= first && byte <= last; }
 
 }  // namespace
+}  // namespace velnor
 
 int32_t _vn_convertHexDigitToInt(int32_t character) {
     const auto byte = static_cast<uint8_t>(character);
-    if (isBetween(byte, '0', '9')) return byte - '0';
-    if (isBetween(byte, 'a', 'f')) return byte - 'a' + 10;
-    if (isBetween(byte, 'A', 'F')) return byte - 'A' + 10;
+    if (velnor::isBetween(byte, '0', '9')) return byte - '0';
+    if (velnor::isBetween(byte, 'a', 'f')) return byte - 'a' + 10;
+    if (velnor::isBetween(byte, 'A', 'F')) return byte - 'A' + 10;
     return character;
 }
 
@@ -58,14 +59,15 @@ char* _vn_toHex(const uint8_t* bytes, uint32_t count) {
     auto* text = static_cast<char*>(_vn_malloc(2 * count + 1));
     if (text == nullptr) return nullptr;
     char* end = text;
-    for (uint32_t i = 0; i < count; ++i) end = putHex(end, bytes[i]);
+    for (uint32_t i = 0; i < count; ++i) end = velnor::putHex(end, bytes[i]);
     *end = '\0';
     return text;
 }
 
 int32_t _vn_isLegalURLChar(int32_t character) {
     const auto byte = static_cast<uint8_t>(character);
-    if (isBetween(byte, 'A', 'Z') || isBetween(byte, 'a', 'z') || isBetween(byte, '0', '9'))
+    if (velnor::isBetween(byte, 'A', 'Z') || velnor::isBetween(byte, 'a', 'z') ||
+        velnor::isBetween(byte, '0', '9'))
         return 1;
     return character == '.' || character == '_' || character == '-' ? 1 : 0;
 }
@@ -89,7 +91,7 @@ char* _vn_urlEncode(const char* text) {
             *end++ = *c;
         } else {
             *end++ = '%';
-            end = putHex(end, static_cast<uint8_t>(*c));
+            end = velnor::putHex(end, static_cast<uint8_t>(*c));
         }
     }
     *end = '\0';

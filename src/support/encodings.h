@@ -19,8 +19,7 @@ int32_t _vn_fromHex(const char* hex, uint8_t* out, uint32_t* count);
 char* _vn_toHex(const uint8_t* bytes, uint32_t count);
 
 /// 1 for the characters that stand unencoded in a URL here (letters, digits, ".", "_", "-"), else
-/// 0.
-/// "~" is not among them although RFC 3986 leaves it unreserved.
+/// 0. "~" is not among them although RFC 3986 leaves it unreserved.
 int32_t _vn_isLegalURLChar(int32_t character);
 
 /// `text` with every other byte as "%" and two lower-case digits; a blank becomes "%20". Owned by

@@ -36,6 +36,14 @@ inline File openFile(const char* path, const char* mode) { return File(_vn_fopen
 /// file is shorter. Empty with code 4 when there is no memory.
 OwnedText readText(FILE* file, uint32_t size);
 
+/// Writes `size` bytes behind the end of a file that was opened for appending, sees them on the
+/// disk, and closes the stream. When they did not get there it returns false, and the file gets its
+/// old length back.
+bool extendAndClose(File file, const void* buffer, size_t size);
+
+/// Sees what was written on the disk and closes the stream. True only when both succeeded.
+bool closeDurably(File file);
+
 /// Writes `size` bytes and closes the stream. True only when both succeeded: a full disk often
 /// shows no sooner than at the close.
 bool writeAndClose(File file, const void* buffer, size_t size);

@@ -1,19 +1,20 @@
-// The growing formatter.
 #include "support/format.h"
 
 #include <cstdio>
 #include <limits>
 
-#include "api/last_error.h"
+#include "api/result/last_error.h"
 #include "support/memory.h"
 #include "support/owned.h"
 #include "velnor/capi.h"
 
+namespace velnor {
 namespace {
 
 constexpr int32_t kDefaultSize = 256;
 
-int32_t formatOnce(char* block, int32_t size, const char* format, va_list arguments) {
+__attribute__((format(printf, 3, 0))) int32_t formatOnce(char* block, int32_t size,
+                                                         const char* format, va_list arguments) {
     va_list copy;
     va_copy(copy, arguments);
     const int length = std::vsnprintf(block, static_cast<size_t>(size), format, copy);
@@ -32,18 +33,19 @@ int32_t nextSize(int32_t size, int32_t length) {
 }
 
 }  // namespace
+}  // namespace velnor
 
 int32_t _vn_vsnprintf(char** out, int32_t size, const char* format, va_list arguments) {
     velnor::OwnedText block;
-    for (int32_t room = size > 0 ? size : kDefaultSize; room != 0;) {
+    for (int32_t room = size > 0 ? size : velnor::kDefaultSize; room != 0;) {
         *block.out() = static_cast<char*>(_vn_malloc(static_cast<uint32_t>(room)));
         if (!block) break;
-        const int32_t length = formatOnce(block.get(), room, format, arguments);
+        const int32_t length = velnor::formatOnce(block.get(), room, format, arguments);
         if (length >= 0 && length < room) {
             *out = block.release();
             return length;
         }
-        room = nextSize(room, length);
+        room = velnor::nextSize(room, length);
     }
     *out = nullptr;
     _vn_setLastError(INSTALL_ERROR_INSUFFICIENTMEMORY);

@@ -3,10 +3,8 @@
 #define VELNOR_SUPPORT_LOG_FILE_H
 
 #include <cstdint>
-#include <ctime>
 
-/// Name of the log file in the install directory.
-inline constexpr char kLogFileName[] = "installer.txt";
+#include "support/product.h"
 
 /// Appends "V1001:<UTC time>: [<level>] <sourceFile>:<functionName>(<line>): <message>" LF to the
 /// file `logName` of the install directory. `level` is 0 (info), 1 (warn) or 2 (error); any other
@@ -19,16 +17,8 @@ void _vn_writeToLogFile(const char* logName, const char* sourceFile, const char*
 
 // One line of the installation, from the place of the call.
 #define VN_LOG_INFO(function, ...) \
-    _vn_writeToLogFile(kLogFileName, "Installer", function, __LINE__, 0, __VA_ARGS__)
+    _vn_writeToLogFile(velnor::kLogFileName, "Installer", function, __LINE__, 0, __VA_ARGS__)
 #define VN_LOG_ERROR(function, ...) \
-    _vn_writeToLogFile(kLogFileName, "Installer", function, __LINE__, 2, __VA_ARGS__)
-
-namespace velnor {
-
-/// `time` as "YYMMDD_hhmmss" in UTC, owned by the caller; null when it has no such form or there is
-/// no memory (code 4).
-char* formatLogTime(time_t time);
-
-}  // namespace velnor
+    _vn_writeToLogFile(velnor::kLogFileName, "Installer", function, __LINE__, 2, __VA_ARGS__)
 
 #endif

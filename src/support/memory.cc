@@ -1,11 +1,11 @@
-// Heap memory on the C library's allocator.
 #include "support/memory.h"
 
 #include <cstdlib>
 
-#include "api/last_error.h"
+#include "api/result/last_error.h"
 #include "velnor/capi.h"
 
+namespace velnor {
 namespace {
 
 void* orInsufficientMemory(void* block) {
@@ -14,6 +14,7 @@ void* orInsufficientMemory(void* block) {
 }
 
 }  // namespace
+}  // namespace velnor
 
 void _vn_free(void** pointer) {
     if (pointer == nullptr) return;
@@ -21,8 +22,8 @@ void _vn_free(void** pointer) {
     *pointer = nullptr;
 }
 
-void* _vn_malloc(uint32_t size) { return orInsufficientMemory(std::malloc(size)); }
+void* _vn_malloc(uint32_t size) { return velnor::orInsufficientMemory(std::malloc(size)); }
 
 void* _vn_realloc(void* block, uint32_t size) {
-    return orInsufficientMemory(std::realloc(block, size));
+    return velnor::orInsufficientMemory(std::realloc(block, size));
 }

@@ -1,14 +1,15 @@
-// The install directory and the paths in it.
 #include "support/paths.h"
 
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
-#include "api/last_error.h"
+#include "api/result/last_error.h"
 #include "support/format.h"
 #include "velnor/capi.h"
 
+namespace velnor {
 namespace {
 
 // Fixed: the launcher script, the agent and the client itself know the same path.
@@ -16,7 +17,7 @@ constexpr char kInstallPath[] = "/Applications/Velnor";
 
 }  // namespace
 
-bool velnor::formatPath(char* path, const char* format, ...) {
+bool formatPath(char* path, const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
     const int length = std::vsnprintf(path, kPathSize, format, arguments);
@@ -24,14 +25,22 @@ bool velnor::formatPath(char* path, const char* format, ...) {
     return length >= 0 && static_cast<uint32_t>(length) < kPathSize;
 }
 
+const char* homeVariable() {
+    const char* home = std::getenv("HOME");
+    return home != nullptr && *home == '/' ? home : nullptr;
+}
+
+}  // namespace velnor
+
 int32_t _vn_getInstallPath(char* buffer, uint32_t size) {
-    if (size < sizeof kInstallPath) {
-        // The memory code and not "Invalid Argument", deliberately: what is short is room.
+    if (size < sizeof velnor::kInstallPath) {
+        // The memory code and not "Invalid Argument", fixed by the interface: what is short is
+        // room.
         _vn_setLastError(INSTALL_ERROR_INSUFFICIENTMEMORY);
         return 0;
     }
-    std::memcpy(buffer, kInstallPath, sizeof kInstallPath);
-    return sizeof kInstallPath - 1;
+    std::memcpy(buffer, velnor::kInstallPath, sizeof velnor::kInstallPath);
+    return sizeof velnor::kInstallPath - 1;
 }
 
 char* _vn_getInstallPathForFile(const char* name) {

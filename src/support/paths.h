@@ -1,4 +1,4 @@
-// Where the client is installed.
+// Where the client is installed, and the user at home.
 #ifndef VELNOR_SUPPORT_PATHS_H
 #define VELNOR_SUPPORT_PATHS_H
 
@@ -12,6 +12,9 @@ inline constexpr uint32_t kPathSize = 1024;
 /// Formats a path into `path`, which holds kPathSize bytes. False, with the text cut off in `path`,
 /// when it does not fit with its terminator.
 bool formatPath(char* path, const char* format, ...) __attribute__((format(printf, 2, 3)));
+
+/// The environment's HOME, which is one only as an absolute path; else null.
+const char* homeVariable();
 
 }  // namespace velnor
 

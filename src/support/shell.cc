@@ -1,6 +1,9 @@
-// Quoting and running shell commands.
 #include "support/shell.h"
 
+#include <sys/select.h>
+#include <sys/wait.h>
+
+#include <cerrno>
 #include <cstdarg>
 #include <cstdint>
 #include <cstdlib>
@@ -10,6 +13,7 @@
 #include "support/memory.h"
 #include "support/owned.h"
 
+namespace velnor {
 namespace {
 
 bool isPlain(const char* text) {
@@ -25,7 +29,7 @@ char* put(char* out, const char* text) {
 
 }  // namespace
 
-char* velnor::shellWord(const char* text) {
+char* shellWord(const char* text) {
     static constexpr char kQuoteInQuotes[] = "'\\''";
     size_t size = sizeof "''";
     for (const char* c = text; *c != '\0'; ++c) size += *c == '\'' ? sizeof kQuoteInQuotes - 1 : 1;
@@ -47,11 +51,25 @@ char* velnor::shellWord(const char* text) {
     return word;
 }
 
-int velnor::runShell(const char* format, ...) {
+int runShell(const char* format, ...) {
     OwnedText command;
     va_list arguments;
     va_start(arguments, format);
     const int32_t length = _vn_vsnprintf(command.out(), 0, format, arguments);
     va_end(arguments);
-    return length > 0 ? std::system(command.get()) : -1;
+    if (length == 0) return kNotRun;
+    errno = 0;
+    const int status = std::system(command.get());
+    if (status == -1) return errno == ECHILD ? 0 : kNotRun;
+    // A shell that there was no process for is reported as one that found no command.
+    const bool noProcess =
+        WIFEXITED(status) && WEXITSTATUS(status) == 127 && (errno == EAGAIN || errno == ENOMEM);
+    return noProcess ? kNotRun : status;
+}
+
+}  // namespace velnor
+
+int32_t _vn_sleep(uint32_t seconds) {
+    timeval timeout{static_cast<time_t>(seconds), 0};
+    return select(0, nullptr, nullptr, nullptr, &timeout);
 }

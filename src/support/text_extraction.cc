@@ -1,18 +1,16 @@
-// Values out of raw text by substring search.
 #include "support/text_extraction.h"
 
 #include <cctype>
 #include <cstdlib>
 #include <cstring>
 
-#include "api/last_error.h"
+#include "api/result/last_error.h"
 #include "support/format.h"
 #include "support/owned.h"
-#include "support/text_copy.h"
+#include "support/text.h"
 #include "velnor/capi.h"
 
-using velnor::OwnedText;
-
+namespace velnor {
 namespace {
 
 char unescaped(char escape) {
@@ -32,15 +30,74 @@ char unescaped(char escape) {
     }
 }
 
+// _vn_findJSONValue, which also tells whether there was no memory for the search.
+const char* findValue(const char* json, const char* key, bool* outOfMemory) {
+    if (isMissing(json) || isMissing(key)) {
+        _vn_setLastError(INSTALL_ERROR_INVALIDARGUMENT);
+        return nullptr;
+    }
+    OwnedText quotedKey;
+    const int32_t length = _vn_snprintf(quotedKey.out(), 0, "\"%s\"", key);
+    if (length == 0) {
+        *outOfMemory = true;
+        return nullptr;
+    }
+    const char* found = std::strstr(json, quotedKey.get());
+    // A match at the first byte is none: an object begins with "{".
+    if (found == nullptr || found == json) return nullptr;
+    found += length;
+    while (std::isspace(static_cast<unsigned char>(*found)) || *found == ':') ++found;
+    return found;
+}
+
 }  // namespace
 
-char* _vn_pluckString(const char* text, const char* key) {
+std::optional<std::string_view> lineValue(const char* text, const char* key) {
     const char* found = std::strstr(text, key);
-    if (found == nullptr) return nullptr;
+    if (found == nullptr) return std::nullopt;
     const char* value = found + std::strlen(key);
     const char* end = std::strpbrk(value, "\n\r");
-    // A value on an unterminated last line is not found, deliberately: it may have been cut off.
-    return end != nullptr ? velnor::copyText(value, end).release() : nullptr;
+    // A value on a last line without its end is not found: it may have been cut off.
+    if (end == nullptr) return std::nullopt;
+    return std::string_view(value, static_cast<size_t>(end - value));
+}
+
+JSONReply::JSONReply(const char* json)
+    : copy_(_vn_copyStringAndUnescape(json)), outOfMemory_(!copy_ && !isMissing(json)) {}
+
+const char* JSONReply::find(const char* key) const {
+    return copy_ ? findValue(copy_.get(), key, &outOfMemory_) : nullptr;
+}
+
+bool JSONReply::valueBegins(const char* key, const char* prefix) const {
+    const char* value = find(key);
+    return value != nullptr && beginsWith(value, prefix);
+}
+
+Found JSONReply::text(const char* key, OwnedText* value) const {
+    *value = OwnedText();
+    const char* found = find(key);
+    const char* end = found != nullptr && *found == '"' ? std::strchr(found + 1, '"') : nullptr;
+    if (end != nullptr) {
+        *value = copyText({found + 1, end});
+        outOfMemory_ |= !*value;
+    }
+    if (outOfMemory_) return Found::NoMemory;
+    return *value ? Found::Here : Found::Absent;
+}
+
+int64_t JSONReply::number(const char* key) const {
+    const char* value = find(key);
+    // A sign is no digit, so a negative number counts as none: fixed by the interface.
+    if (value == nullptr || *value < '0' || *value > '9') return 0;
+    return std::atoll(value);
+}
+
+}  // namespace velnor
+
+char* _vn_pluckString(const char* text, const char* key) {
+    const auto value = velnor::lineValue(text, key);
+    return value ? velnor::copyText(*value).release() : nullptr;
 }
 
 int32_t _vn_pluckInt(const char* text, const char* key, int64_t* result) {
@@ -51,18 +108,18 @@ int32_t _vn_pluckInt(const char* text, const char* key, int64_t* result) {
 }
 
 char* _vn_copyStringAndUnescape(const char* text) {
-    if (text == nullptr || *text == '\0') {
+    if (velnor::isMissing(text)) {
         _vn_setLastError(INSTALL_ERROR_INVALIDARGUMENT);
         return nullptr;
     }
-    OwnedText copy = velnor::copyText(text);
+    velnor::OwnedText copy = velnor::copyText(text);
     if (!copy) return nullptr;
     char* end = copy.get();
     while (*text != '\0') {
         if (*text != '\\') {
             *end++ = *text++;
         } else if (*++text != '\0') {
-            *end++ = unescaped(*text++);
+            *end++ = velnor::unescaped(*text++);
         }
     }
     *end = '\0';
@@ -70,43 +127,8 @@ char* _vn_copyStringAndUnescape(const char* text) {
 }
 
 const char* _vn_findJSONValue(const char* json, const char* key) {
-    if (json == nullptr || *json == '\0' || key == nullptr || *key == '\0') {
-        _vn_setLastError(INSTALL_ERROR_INVALIDARGUMENT);
-        return nullptr;
-    }
-    OwnedText quotedKey;
-    const int32_t length = _vn_snprintf(quotedKey.out(), 0, "\"%s\"", key);
-    if (length == 0) return nullptr;
-    const char* found = std::strstr(json, quotedKey.get());
-    // A match at the first byte is none, deliberately: an object begins with "{".
-    if (found == nullptr || found == json) return nullptr;
-    found += length;
-    while (std::isspace(static_cast<unsigned char>(*found)) || *found == ':') ++found;
-    return found;
-}
-
-const char* velnor::JSONReply::find(const char* key) const {
-    return copy_ ? _vn_findJSONValue(copy_.get(), key) : nullptr;
-}
-
-bool velnor::JSONReply::beginsWith(const char* key, const char* prefix) const {
-    const char* value = find(key);
-    return value != nullptr && std::strncmp(value, prefix, std::strlen(prefix)) == 0;
-}
-
-OwnedText velnor::JSONReply::text(const char* key) const {
-    const char* value = find(key);
-    if (value == nullptr || *value != '"') return {};
-    const char* begin = value + 1;
-    const char* end = std::strchr(begin, '"');
-    return end != nullptr ? copyText(begin, end) : OwnedText();
-}
-
-int64_t velnor::JSONReply::number(const char* key) const {
-    const char* value = find(key);
-    // A sign is no digit, deliberately: a negative number counts as none.
-    if (value == nullptr || *value < '0' || *value > '9') return 0;
-    return std::atoll(value);
+    bool outOfMemory = false;
+    return velnor::findValue(json, key, &outOfMemory);
 }
 
 int32_t _vn_pluckJSONBool(const char* json, const char* key) {
@@ -118,7 +140,9 @@ int32_t _vn_pluckJSONNull(const char* json, const char* key) {
 }
 
 char* _vn_easyPluckJSONString(const char* json, const char* key) {
-    return velnor::JSONReply(json).text(key).release();
+    velnor::OwnedText value;
+    velnor::JSONReply(json).text(key, &value);
+    return value.release();
 }
 
 int64_t _vn_easyPluckJSONInt(const char* json, const char* key) {

@@ -5,6 +5,8 @@
 #define VELNOR_SUPPORT_TEXT_EXTRACTION_H
 
 #include <cstdint>
+#include <optional>
+#include <string_view>
 
 #include "support/owned.h"
 
@@ -41,22 +43,35 @@ int64_t _vn_easyPluckJSONInt(const char* json, const char* key);
 
 namespace velnor {
 
+/// What became of the search for a text.
+enum class Found { Here, Absent, NoMemory };
+
+/// The value that _vn_pluckString copies, within `text`.
+std::optional<std::string_view> lineValue(const char* text, const char* key);
+
 /// One unescaped copy of a reply, for taking several values out of it. Each gives what the plucker
-/// of the same kind gives, with its codes.
+/// of the same kind gives.
 class JSONReply {
   public:
-    explicit JSONReply(const char* json) : copy_(_vn_copyStringAndUnescape(json)) {}
+    explicit JSONReply(const char* json);
 
-    bool isTrue(const char* key) const { return beginsWith(key, "true"); }
-    bool isNull(const char* key) const { return beginsWith(key, "null"); }
-    OwnedText text(const char* key) const;
+    /// Whether there was no memory for the copy, or for a look at it since: what seemed to be
+    /// missing or false may be there then.
+    bool outOfMemory() const { return outOfMemory_; }
+
+    bool isTrue(const char* key) const { return valueBegins(key, "true"); }
+    bool isNull(const char* key) const { return valueBegins(key, "null"); }
     int64_t number(const char* key) const;
+
+    /// Stores the value between its double quotes, or null, in `*value`.
+    Found text(const char* key, OwnedText* value) const;
 
   private:
     const char* find(const char* key) const;
-    bool beginsWith(const char* key, const char* prefix) const;
+    bool valueBegins(const char* key, const char* prefix) const;
 
     OwnedText copy_;
+    mutable bool outOfMemory_;
 };
 
 }  // namespace velnor

@@ -1,4 +1,4 @@
-// A handle as tests use it.
+// A handle as tests use it, and the client's common replies.
 #ifndef TESTS_API_CLIENT_H
 #define TESTS_API_CLIENT_H
 
@@ -6,6 +6,7 @@
 
 #include <string>
 
+#include "api/scripted_client.h"
 #include "velnor/capi.h"
 
 namespace test {
@@ -26,21 +27,25 @@ class Handle {
 
 /// What a call came to: -1 is replaced by the last error, which must not be 0 then.
 inline uint32_t outcome(int32_t result) {
-    EXPECT_TRUE(result == 0 || result == -1);
-    const uint32_t code = vn_getLastError();
-    EXPECT_EQ(result == 0, code == INSTALL_ERROR_OK);
-    return code;
+    EXPECT_EQ(result, vn_getLastError() == INSTALL_ERROR_OK ? 0 : -1);
+    return vn_getLastError();
 }
 
 inline const char* const kUrl = "http://a.example/b c";
-/// What follows a function's name in every request for kUrl.
-inline std::string query(int32_t cid) {
-    return "&cid=" + std::to_string(cid) +
-           "&apiversion=capi_1.6.5&url=http%3a%2f%2fa.example%2fb%20c";
-}
+/// What follows a function's name in every request for kUrl with cid 7.
+inline const std::string kQuery = "&cid=7&apiversion=capi_1.6.5&url=http%3a%2f%2fa.example%2fb%20c";
+
+inline const std::string kAsk = "getFileAttributes" + kQuery + "&complete";
 
 inline const char* const kNull = R"({"http://a.example/b c" : null})";
 inline const char* const kAttributes = R"({"status":"COMPLETE"})";
+
+/// A client that does what it is asked.
+inline const ScriptedClient::Replies kWilling = {
+    {"downloadFile", {kNull}},       {"getFileAttributes", {kAttributes}},
+    {"pauseFile", {kNull}},          {"deleteFile", {kNull}},
+    {"getClientAttributes", {"{}"}}, {"runPeriodicTasks", {R"({"result": null})"}},
+};
 
 /// A client's error text for kUrl.
 inline std::string textReply(const std::string& text) {

@@ -1,8 +1,5 @@
-// ScriptedClient on a RawServer.
 #include "api/scripted_client.h"
 
-#include <map>
-#include <memory>
 #include <utility>
 
 namespace test {
@@ -17,13 +14,11 @@ std::string pathOf(const std::string& head) {
 }
 
 ScriptedClient::Script inOrder(ScriptedClient::Replies replies) {
-    auto next = std::make_shared<std::map<std::string, size_t>>();
-    return [replies = std::move(replies), next](const std::string& path) -> std::string {
-        for (const auto& [function, bodies] : replies) {
+    return [replies = std::move(replies)](const std::string& path) mutable -> std::string {
+        for (auto& [function, bodies] : replies) {
             if (!path.starts_with(kFunction + function + "&")) continue;
-            size_t& index = (*next)[function];
-            const std::string& body = bodies.at(index);
-            if (index + 1 < bodies.size()) ++index;
+            const std::string body = bodies.at(0);
+            if (bodies.size() > 1) bodies.erase(bodies.begin());
             return reply(body);
         }
         return {};
@@ -52,24 +47,14 @@ std::string ScriptedClient::head() const {
     return head_;
 }
 
-size_t ScriptedClient::connections() const {
-    const std::lock_guard lock(mutex_);
-    return connections_;
-}
-
 void ScriptedClient::converse(int fd, std::string head) {
-    if (pathOf(head) == kFunction + "ping") {
-        sandbox::sendAll(fd, reply("{}"));
-        return;
-    }
-    for (bool first = true; !head.empty(); head = sandbox::readHead(fd), first = false) {
+    for (; !head.empty(); head = sandbox::readHead(fd)) {
         const std::string path = pathOf(head);
-        std::string bytes;
-        {
+        std::string bytes = reply("pong");
+        if (!path.starts_with(kFunction + "ping")) {
             const std::lock_guard lock(mutex_);
-            connections_ += first ? 1 : 0;
-            paths_.push_back(path.substr(std::min(path.size(), kFunction.size())));
             head_ = head;
+            paths_.push_back(path.substr(std::min(path.size(), kFunction.size())));
             bytes = script_(path);
         }
         if (bytes.empty() || !sandbox::sendAll(fd, bytes)) return;

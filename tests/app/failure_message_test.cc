@@ -1,4 +1,4 @@
-// The alert's message, with texts made up here.
+// The alert's message, with texts made up here, and texts from outside as it shows them.
 #include "app/failure_message.h"
 
 #include <gtest/gtest.h>
@@ -6,71 +6,74 @@
 #include <map>
 #include <string>
 
-#include "api/result_codes.h"
 #include "harness/allocations.h"
 
 namespace {
 
-using velnor::OwnedText;
+constexpr std::string_view kFrame = "FAILED_TO_INSTALL";
 
-// Texts that are not as they should be; every other key is its own text with a place.
-std::map<std::string, const char*> g_texts;
+using Texts = std::map<std::string_view, const char*>;
+Texts g_texts;  // that are not as they should be; every other key has one with a place
 
-const char* textOf(const char* key) {
+const char* textOf(const char* name) {
+    const std::string_view key = name;
     const auto found = g_texts.find(key);
     if (found != g_texts.end()) return found->second;
-    return std::string(key) == "FAILED_TO_INSTALL" ? "<%s>" : "100%% %s %n";
+    return key == kFrame ? "<%s>" : "100%% %s %n";
 }
 
-std::string message(uint32_t code, const char* detail) {
-    OwnedText buffer;
-    const char* text = velnor::failureMessage(code, detail, textOf, buffer);
-    return text != nullptr ? text : "(none)";
-}
-
-TEST(FailureMessage, FillsTheDetailIntoTheCodesThatHaveOne) {
-    g_texts.clear();
-    for (const uint32_t code : {0U, 14U, 22U, 24U, 4294967295U}) {
-        EXPECT_EQ(message(code, "detail"), "<100%% %s %n>") << code;
-    }
-    for (uint32_t code = 15; code <= 21; ++code) {
-        EXPECT_EQ(message(code, "d%n%s"), "<100%% d%n%s %n>") << code;
-        EXPECT_EQ(message(code, nullptr), "<100%% %s %n>") << code;
-        EXPECT_EQ(message(code, ""), "<100%%  %n>") << code;
-    }
-}
-
-TEST(FailureMessage, TakesTextsAsTheyAre) {
-    g_texts = {{"FAILED_TO_INSTALL", "%d %s %s %s"}, {velnor::resultKey(15), "no place"}};
-    EXPECT_EQ(message(15, "detail"), "%d no place %s %s");
-    g_texts = {{"FAILED_TO_INSTALL", "sorry"}};
-    EXPECT_EQ(message(15, "detail"), "sorry");
-}
-
-TEST(FailureMessage, IsMissingWithEitherText) {
-    for (const char* nothing : {static_cast<const char*>(nullptr), ""}) {
-        g_texts = {{"FAILED_TO_INSTALL", nothing}};
-        EXPECT_EQ(message(15, "detail"), "(none)");
-        g_texts = {{"INSTALL_ERROR_UNKNOWN", nothing}, {"FILE_NOT_FOUND", nothing}};
-        EXPECT_EQ(message(22, nullptr), "(none)");
-        EXPECT_EQ(message(13, nullptr), "(none)");
-        EXPECT_EQ(message(12, nullptr), "<100%% %s %n>");
+TEST(FailureMessage, FillsTheDetailInAsFarAsItCan) {
+    const struct {
+        Texts texts;
+        uint32_t code;
+        const char* detail;
+        const char* message;
+        size_t failing = 0;  // allocation
+    } rows[] = {
+        {{}, 14, "detail", "<100%% %s %n>"},
+        {{}, 15, "d%n%s", "<100%% d%n%s %n>"},
+        {{}, 21, "", "<100%%  %n>"},
+        {{}, 21, nullptr, "<100%% %s %n>"},
+        {{}, 22, "detail", "<100%% %s %n>"},
+        {{{kFrame, "%d %s %s"}, {"INSTALL_ERROR_DISK_WRITE", "no"}}, 16, "d", "%d no %s"},
+        {{{kFrame, "sorry"}}, 15, "detail", "sorry"},
+        {{{kFrame, nullptr}}, 15, "detail", nullptr},
+        {{{"INSTALL_ERROR_UNKNOWN", ""}}, 22, nullptr, nullptr},
+        {{{"FILE_NOT_FOUND", ""}}, 13, nullptr, nullptr},
+        {{}, 15, "detail", "<100%% %s %n>", 1},  // the detail made readable
+        {{}, 15, "detail", "<100%% %s %n>", 2},  // the error text with it
+        {{}, 15, "detail", "<%s>", 3},
+    };
+    for (const auto& row : rows) {
+        g_texts = row.texts;
+        velnor::OwnedText buffer;
+        harness::FailingAllocation failing(row.failing);
+        const char* message = velnor::failureMessage(row.code, row.detail, textOf, buffer);
+        EXPECT_EQ(failing.end(), row.failing != 0);
+        EXPECT_STREQ(message, row.message);
     }
 }
 
-TEST(FailureMessage, SaysWhatItCanWithoutMemory) {
-    g_texts.clear();
-    // The detail made readable, the error text with it, the message.
-    const char* expected[] = {"<100%% %s %n>", "<100%% %s %n>", "<%s>"};
-    for (size_t i = 0; i < 3; ++i) {
-        OwnedText buffer;
-        harness::FailingAllocation failing(i + 1);
-        const char* text = velnor::failureMessage(
-            15, "detail",
-            +[](const char* key) -> const char* { return key[0] == 'F' ? "<%s>" : "100%% %s %n"; },
-            buffer);
-        EXPECT_TRUE(failing.end());
-        EXPECT_STREQ(text, expected[i]);
+TEST(ReadableText, ReplacesWhatCannotBeReadAndShortensTheRest) {
+    const std::string r = "\xef\xbf\xbd";
+    const std::string a(160, 'a');
+    const std::string b(80, 'b');
+    const std::pair<std::string, std::string> rows[] = {
+        {"\xc3\xa4\xe3\x81\x82\xf0\x9f\x98\x80", "\xc3\xa4\xe3\x81\x82\xf0\x9f\x98\x80"},
+        {"\xed\x9f\xbf\xee\x80\x80\xf4\x8f\xbf\xbf", "\xed\x9f\xbf\xee\x80\x80\xf4\x8f\xbf\xbf"},
+        {"a\nb\x1b\x7f", "a" + r + "b" + r + r},
+        {"\xff\xc3", r + r},                              // no character, and half of one
+        {"\xe3\x81z", r + r + "z"},                       // two thirds of one
+        {"\xc0\xaf\xe0\x80\xaf", r + r + r + r + r},      // longer than need be
+        {"\xed\xa0\x80", r + r + r},                      // half of a pair
+        {"\xf8\x88\x80\x80\x80", r + r + r + r + r},      // five bytes
+        {"\xf4\x90\x80\x80", r + r + r + r},              // beyond the last one
+        {"\xc2\x85\xe2\x80\xa8\xe2\x80\xae", r + r + r},  // next line, next line, right to left
+        {a + b, a + b},
+        {a + std::string(3855, '\n') + b, a + "\xe2\x80\xa6" + b},
+    };
+    for (const auto& [text, expected] : rows) {
+        EXPECT_STREQ(velnor::readableText(text.c_str()).get(), expected.c_str());
     }
 }
 

@@ -1,4 +1,3 @@
-// Putting the command line together.
 #include "deploy/publish_command.h"
 
 #include <filesystem>
@@ -13,7 +12,7 @@ PublishCommand::PublishCommand() : key(SIGNING_KEY) {
 
 harness::CommandResult PublishCommand::run() const {
     const auto word = [](const std::string& text) { return " '" + text + "'"; };
-    return harness::run("cd " + kFolder + "; umask 022; " + settings + " '" VN_PUBLISH "' --key" +
+    return harness::run("cd " + kFolder + "; umask 022; " + before + " '" VN_PUBLISH "' --key" +
                         word(key) + " --client" + word(client) + word(clientUrl) + " --ui-tool" +
                         word(uiTool) + word(uiToolUrl) + " --log-url" + word(logUrl) + " --output" +
                         word(output) + " " + more + " 2>&1");

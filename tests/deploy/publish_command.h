@@ -21,8 +21,8 @@ struct PublishCommand {
     std::string uiToolUrl = "https://origin.example/1.6.5/ui.tar.gz";
     std::string logUrl = "http://logs.example/put";
     std::string output = "client.ini";
-    std::string more;      // further options
-    std::string settings;  // shell commands to run before
+    std::string more;    // further options
+    std::string before;  // shell commands to run first
 };
 
 inline const std::string kFolder = "/tmp/release/";

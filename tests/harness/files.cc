@@ -2,9 +2,9 @@
 #include "harness/files.h"
 
 #include <gtest/gtest.h>
+#include <stdlib.h>
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <regex>
@@ -12,7 +12,24 @@
 
 namespace harness {
 
+std::string agentPath() {
+    return std::string(getenv("HOME")) + "/Library/LaunchAgents/com.velnor.client.plist";
+}
+
+std::string panePath() {
+    return std::string(getenv("HOME")) + "/Library/PreferencePanes/VelnorCorvane.prefPane";
+}
+
 void makeInstallDirectory() { std::filesystem::create_directories(kInstallPath); }
+
+void makeInstallation(const std::string& registry) {
+    makeInstallDirectory();
+    std::filesystem::create_directories(panePath() + "/Contents");
+    std::filesystem::create_directories(std::filesystem::path(agentPath()).parent_path());
+    writeFile(installed("appregistry.dat"), registry);
+    writeFile(installed("guid.ini"), "0");
+    writeFile(agentPath(), "");
+}
 
 void writeFile(const std::string& path, const std::string& content) {
     std::ofstream file(path, std::ios::binary);
@@ -36,15 +53,9 @@ void putOnFullDisk(const std::string& path) {
     std::filesystem::create_symlink("/dev/full", path);
 }
 
-void fillDisk(const std::string& folder, size_t leftBlocks) {
-    constexpr size_t kBlock = 4096;
-    const std::string path = folder + "/filler";
-    std::ofstream file(path, std::ios::binary);
-    const std::string block(kBlock, 'f');
-    while (file << block << std::flush) continue;
-    file.close();
-    const size_t size = std::filesystem::file_size(path);
-    std::filesystem::resize_file(path, size - std::min(size, leftBlocks * kBlock));
+size_t openDescriptors() {
+    const std::filesystem::directory_iterator all("/proc/self/fd");
+    return static_cast<size_t>(std::distance(begin(all), end(all)));
 }
 
 unsigned modeOf(const std::string& path) {

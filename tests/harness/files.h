@@ -9,11 +9,19 @@ namespace harness {
 
 inline const std::string kInstallPath = "/Applications/Velnor";
 
+/// Where an installation puts its agent and its preference pane.
+std::string agentPath();
+std::string panePath();
+
 /// Path of a file in the install directory.
 inline std::string installed(const std::string& name) { return kInstallPath + "/" + name; }
 
 /// Creates the install directory, as an installation does before its other files.
 void makeInstallDirectory();
+
+/// Makes what an installation leaves, without the client: the registry with this text, guid.ini,
+/// the agent and the preference pane.
+void makeInstallation(const std::string& registry);
 
 void writeFile(const std::string& path, const std::string& content);
 
@@ -26,8 +34,8 @@ bool exists(const std::string& path);
 /// files whose mode is changed: it is the system's own device that is behind it.
 void putOnFullDisk(const std::string& path);
 
-/// Takes all but `leftBlocks` blocks of 4096 bytes of the disk that holds `folder`.
-void fillDisk(const std::string& folder, size_t leftBlocks = 0);
+/// How many descriptors this process has open.
+size_t openDescriptors();
 
 /// Permission bits of the file.
 unsigned modeOf(const std::string& path);

@@ -18,7 +18,7 @@ CommandResult run(const std::string& command) {
 }
 
 bool eventually(const std::function<bool()>& holds) {
-    for (int i = 0; i < 1000; ++i) {
+    for (int i = 0; i < 6000; ++i) {
         if (holds()) return true;
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }

@@ -15,7 +15,7 @@ struct CommandResult {
 /// Runs `command` in the shell and collects its standard output.
 CommandResult run(const std::string& command);
 
-/// Asks every 10 ms whether `holds`, for at most ten seconds.
+/// Asks every 10 ms whether `holds`, for at least a minute.
 bool eventually(const std::function<bool()>& holds);
 
 }  // namespace harness

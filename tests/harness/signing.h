@@ -6,18 +6,8 @@
 
 namespace harness {
 
-/// What goes into the signature's padding.
-enum class Content {
-    Digest,      // the raw SHA-1 digest: the right one
-    DigestInfo,  // the digest in its DigestInfo wrapper
-    Nothing,
-};
-
-/// Hex text of the signature over `data`.
-std::string sign(const std::string& data, Content content = Content::Digest);
-
-/// A signature by a key that was made just now.
-std::string signWithForeignKey(const std::string& data);
+/// Hex text of the maker's signature over `data`.
+std::string sign(const std::string& data);
 
 }  // namespace harness
 

@@ -1,65 +1,63 @@
-// Whole installations: what a good one does, step by step, and what a second one leaves alone.
+// Whole installations: what a good one does, step by step, and what each failure says.
 #include <gtest/gtest.h>
 #include <stdlib.h>
-#include <unistd.h>
+#include <sys/stat.h>
 
+#include <chrono>
 #include <filesystem>
+#include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
-#include "detect/euc_utils.h"
-#include "harness/allocations.h"
 #include "harness/files.h"
 #include "harness/shell.h"
+#include "install/client_ini.h"
+#include "install/verified_download.h"
 #include "install/world.h"
 #include "velnor_deployment.h"
 
 namespace {
 
+using harness::exists;
 using harness::installed;
 using harness::readFile;
 using Progress = std::vector<uint32_t>;
-using Paths = std::vector<std::string>;
+using Texts = std::vector<std::string>;
+namespace fs = std::filesystem;
 
 const std::string kInstall = "[info] vn_install: ";
 const std::string kDownload = "[info] _vn_downloadAndWrite: ";
 
-TEST(Install, CompleteOneLeavesAnAnsweringClient) {
+TEST(Install, LeavesAnAnsweringClientAndTellsEveryStep) {
     World world;
     world.publish();
-    const std::string folder = std::filesystem::current_path();
     const Installed done = install("An App", "standard", 7);
     EXPECT_EQ(done.result, 0);
     EXPECT_EQ(done.code, 0U);
-    EXPECT_EQ(done.detail, "");
     EXPECT_EQ(done.progress, (Progress{5, 10, 15, 80, 85, 90, 95}));
-    EXPECT_EQ(pingClient(), 1);
-    EXPECT_EQ(std::filesystem::current_path(), folder);
-
+    EXPECT_NE(fs::current_path(), harness::kInstallPath);
     EXPECT_EQ(readFile(installed("client.ini")), toText(world.ini));
     EXPECT_EQ(readFile(installed("ksmac_1.6.5")), world.artifacts["ksmac_1.6.5"]);
-    EXPECT_EQ(harness::modeOf(installed("ksmac_1.6.5")), 0755U);
     EXPECT_EQ(readFile(installed("ui-tool")), "content of ui-tool");
     EXPECT_EQ(readFile(installed("uninstaller")), "content of uninstaller");
-    EXPECT_TRUE(harness::exists(installed("ksmacui.tar.gz")));
-    EXPECT_TRUE(harness::exists(installed("uninstall.tar.gz")));
-    EXPECT_EQ(readFile(installed("appregistry.dat")), "An App\n");
     EXPECT_EQ(readFile(installed("accepteula.txt")), "7_standard\r\n");
+    EXPECT_EQ(harness::run("ls -l /proc/$(cat /run/launchd/com.velnor.client.plist.pid)/fd | "
+                           "grep -c socket:")
+                  .output,
+              "1\n")
+        << "the client has its own listener and nothing of the installer";
 
     const std::string guid = readFile(installed("guid.ini")).substr(0, 32);
-    EXPECT_EQ(world.configurationRequests(), (Paths{"/conf/client_ini.html?guid=" + guid}));
-    EXPECT_EQ(world.configurationServer().requests().at(0).header("User-Agent"),
+    EXPECT_EQ(targetsOf(world.configuration), Texts{"/conf/client_ini.html?guid=" + guid});
+    EXPECT_EQ(world.configuration.requests().at(0).header("User-Agent"),
               "Kestrin Installer mac An App");
-    EXPECT_EQ(world.artifactRequests(),
-              (Paths{"/files/ksmac_1.6.5", "/files/ui.tgz", "/files/un.tgz"}));
-}
+    EXPECT_EQ(targetsOf(world.content),
+              (Texts{"/files/ksmac_1.6.5", "/files/ui.tgz", "/files/un.tgz"}));
+    EXPECT_EQ(targetsOf(world.log), Texts{"/put/" + guid + ".log"});
+    EXPECT_EQ(world.log.requests().at(0).body, readFile(installed("installer.txt")));
 
-TEST(Install, LogTellsEveryStep) {
-    World world;
-    world.publish();
-    ASSERT_EQ(install().result, 0);
-    const std::string guid = readFile(installed("guid.ini")).substr(0, 32);
-    std::vector<std::string> expected{
+    Texts expected{
         kInstall + "Starting Installation",
         "[info] _vn_generateGuid: Saved GUID \"" + guid + "\" to disk",
         kInstall + "Downloaded client.ini",
@@ -70,156 +68,213 @@ TEST(Install, LogTellsEveryStep) {
                                                              {"un.tgz", "uninstall.tar.gz"}};
     for (const auto& [published, saved] : artifacts) {
         const std::string url = World::originUrl(published);
-        expected.push_back(kDownload + "Downloaded " + url);
-        expected.push_back(kDownload + "Hash verified for " + url);
-        expected.push_back(kDownload + "Saved binary " + saved +
-                           " at location: " + installed(saved));
-        if (published != saved) {
-            expected.push_back(kDownload + "Untarred " + saved +
-                               " at location: /Applications/Velnor");
+        const std::string at = " at location: ";
+        for (const auto& text : {"Downloaded " + url, "Hash verified for " + url,
+                                 "Saved binary " + saved + at + installed(saved),
+                                 "Untarred " + saved + at + harness::kInstallPath}) {
+            expected.push_back(kDownload + text);
         }
+        if (published == saved) expected.pop_back();  // no archive
     }
     for (const char* message : {"Client Installed", "Waiting for a response from client",
                                 "Registered the client", "Successfully installed the client"}) {
         expected.push_back(kInstall + message);
     }
-    const std::string uploadUrl = world.ini["LogfileUploadURL"];
     expected.push_back("[info] _vn_uploadLogs: Uploading the log file " +
-                       installed("installer.txt") + " to " + uploadUrl);
+                       installed("installer.txt") + " to " + world.ini["LogfileUploadURL"]);
     EXPECT_EQ(harness::logMessages(), expected);
-    EXPECT_EQ(world.uploads(), (std::vector<std::string>{guid + ".log"}));
-    EXPECT_EQ(world.lastUpload(), readFile(installed("installer.txt")));
 }
 
-TEST(Install, RunningClientNeedsOnlyItsRegistration) {
+TEST(Install, ThatFindsAnotherDoesOnlyWhatIsLeftToDo) {
     World world;
     world.publish();
     ASSERT_EQ(install().result, 0);
-    const std::string ini = readFile(installed("guid.ini"));
     const Installed again = install("Velnor", "standard", 8);
-    EXPECT_EQ(again.result, 0);
     EXPECT_EQ(again.progress, (Progress{5, 10, 90}));
+    EXPECT_EQ(again.code, INSTALL_ERROR_OK + 0U) << "as vn_acceptEULA left it";
     EXPECT_EQ(install().code, INSTALL_ERROR_INTERNAL + 0U) << "as vn_install began with it";
     EXPECT_EQ(install("Another").progress, (Progress{5, 10, 90, 95}));
-    EXPECT_EQ(installWithoutContext("Third").code, 0U);
-    EXPECT_EQ(readFile(installed("appregistry.dat")), "Velnor\nAnother\nThird\n");
     EXPECT_EQ(readFile(installed("accepteula.txt")), "8_standard\r\n");
-    EXPECT_EQ(world.configurationRequests().size(), 1U);
-    EXPECT_EQ(world.uploads().size(), 1U) << "a client that answers means no upload";
-    const std::vector<std::string> log = harness::logMessages();
-    const std::vector<std::string> tail(log.end() - 6, log.end());
-    EXPECT_EQ(tail, (std::vector<std::string>{kInstall + "Client is already registered.",
-                                              kInstall + "Successfully installed the client",
-                                              kInstall + "Registered the client",
-                                              kInstall + "Successfully installed the client",
-                                              kInstall + "Registered the client",
-                                              kInstall + "Successfully installed the client"}));
-}
-
-TEST(Install, StoppedClientIsInstalledAgainUnderItsOldIdentity) {
-    World world;
-    world.publish();
-    ASSERT_EQ(install().result, 0);
+    EXPECT_EQ(world.configuration.requests().size(), 1U);
+    EXPECT_EQ(world.log.requests().size(), 1U) << "a client that answers means no upload";
+    EXPECT_EQ(harness::logMessages().end()[-4], kInstall + "Client is already registered.");
     stopClient();
-    const std::string guid = readFile(installed("guid.ini"));
-    const Installed again = install();
-    EXPECT_EQ(again.result, 0);
-    EXPECT_EQ(again.progress, (Progress{5, 10, 15, 80, 85, 90}));
-    EXPECT_EQ(readFile(installed("guid.ini")), guid);
-    EXPECT_EQ(readFile(installed("appregistry.dat")), "Velnor\n");
-    EXPECT_EQ(pingClient(), 1);
+    EXPECT_EQ(install().progress, (Progress{5, 10, 15, 80, 85, 90}));
+    EXPECT_EQ(readFile(installed("appregistry.dat")), "Velnor\nAnother\n");
 }
 
-TEST(Install, RewriteSendsArtifactsToTheContentHost) {
-    World world;
-    world.ini["EnableQ731"] = "true";
-    world.publish();
-    ASSERT_EQ(install().result, 0);
-    const std::string origin = World::originUrl("");
-    const std::string prefix = origin.substr(origin.find("://") + 2);
-    EXPECT_EQ(world.artifactRequests(),
-              (Paths{prefix + "ksmac_1.6.5", prefix + "ui.tgz", prefix + "un.tgz"}));
-}
-
-TEST(Install, ClientInheritsNoDescriptorOfTheInstaller) {
-    World world;
-    world.publish();
-    ASSERT_EQ(install().result, 0);
-    const std::string pid = harness::run("cat /run/launchd/com.velnor.client.plist.pid").output;
-    const std::string sockets =
-        harness::run("ls -l /proc/" + std::to_string(std::stoi(pid)) + "/fd | grep -c socket:")
-            .output;
-    EXPECT_EQ(sockets, "1\n") << "its own listener and nothing else";
-}
-
-// A shell that saw the name unquoted, or in double quotes, would create the file.
-TEST(Install, HostileFileNameStaysOneWord) {
+// The client's name would create a file in a shell that saw it unquoted, or in double quotes.
+TEST(Install, OfAnUnusualRelease) {
     const std::string name = "ksmac_$(touch$IFS'owned')";
-    std::filesystem::current_path("/tmp");
+    fs::current_path("/tmp");
     World world;
-    world.addArtifact("MacOSClient", name, readFile(STANDIN_CLIENT));
-    world.publish();
-    EXPECT_EQ(install().result, 0);
+    world.addArtifact("MacOSClient", name, world.artifacts["ksmac_1.6.5"]);
+    world.ini["EnableQ731"] = "true";
+    world.ini.erase("MacOSUninstallerURL");
+    const std::string ini = toText(world.ini, "\r\n") + "no line end";
+    world.publish(ini);
+    harness::makeInstallDirectory();
+    harness::putOnFullDisk(installed("accepteula.txt"));
+    EXPECT_EQ(install("Velnor", "eula").result, 0);
+    EXPECT_EQ(readFile(installed("client.ini")), ini);
     EXPECT_EQ(harness::modeOf(installed(name)), 0755U);
-    EXPECT_FALSE(harness::exists("/tmp/owned"));
+    EXPECT_FALSE(exists("/tmp/owned"));
+    const std::string prefix = World::originUrl("").substr(std::string("https:/").size());
+    EXPECT_EQ(targetsOf(world.content), (Texts{prefix + name, prefix + "ui.tgz"}));
+    EXPECT_EQ(readFile(installed("installer.txt")).find("[eror]"), std::string::npos);
+}
+
+TEST(Install, PingsASilentClient121TimesASecondApart) {
+    World world;
+    harness::writeFile("/tmp/standin_client.mode", "refuse");
+    world.publish();
+    const auto start = std::chrono::steady_clock::now();
+    const Installed failed = install();
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(119'900));
+    EXPECT_EQ(failed.result, -1);
+    EXPECT_EQ(failed.code, INSTALL_ERROR_CLIENT_NOTRESPONDING + 0U);
+    EXPECT_EQ(failed.progress, (Progress{5, 10, 15, 80, 85}));
+    EXPECT_EQ(harness::run("grep -c '^list' /run/launchd/calls").output, "122\n")
+        << "one before the installation, 121 after the start";
+    const std::string log = readFile(installed("installer.txt"));
+    const size_t waited = log.find("Waited enough for client; no response, exiting\n");
+    EXPECT_NE(log.find("Network Statistics\n", waited), std::string::npos);
+}
+
+// The last message of the log that is not the upload's, without its level.
+std::string lastMessage() {
+    std::string last;
+    for (const std::string& message : harness::logMessages()) {
+        if (message.find(" _vn_uploadLogs: ") == message.npos) last = message.substr(7);
+    }
+    return last;
+}
+
+using Spoil = std::function<void(World&)>;
+
+Spoil with(const std::string& key, const std::string& value) {
+    return [=](World& world) { world.ini[key] = value; };
+}
+Spoil without(const std::string& key) {
+    return [=](World& world) { world.ini.erase(key); };
+}
+Spoil withArtifact(const std::string& name, const std::string& data) {
+    return [=](World& world) { world.artifacts[name] = data; };
+}
+
+TEST(Install, FailuresHaveTheirCodeDetailAndMessage) {
+    World world;
+    const ClientIni ini = world.ini;
+    const auto artifacts = world.artifacts;
+    const std::string longName(2000, 'x');
+    const std::string cutPath = installed(longName).substr(0, 1023);
+    const std::string noFile = "https://h/" + longName + longName + longName + "/";
+    const std::string ui = World::originUrl("ui.tgz");
+    const std::string configuration =
+        std::string("https://") + velnor::deployment::kConfigurationHost;
+    const std::string artifact = "_vn_downloadAndWrite: ";
+    const std::string forged = artifact + "Hash of downloaded binary ";
+    const std::string registry = installed("appregistry.dat");
+    const std::map<uint32_t, uint32_t> plainCodes{{15, 5}, {16, 7}, {17, 6}, {18, 6},
+                                                  {20, 7}, {21, 5}, {6, 6},  {8, 8}};
+    const struct {
+        Spoil spoil;
+        uint32_t code;
+        std::string detail;
+        std::string message;  // the last one's beginning
+    } rows[] = {
+        {[](World& w) { w.ini.clear(); }, 15,
+         configuration + "/conf/client_ini.html?guid=", "vn_install: Failed in downloading"},
+        {without("LogfileUploadURL"), 6, "", "vn_install: Log Server address"},
+        {without("MacOSClientURL"), 17, "MacOSClientURL", "vn_install: Binary path not found"},
+        {with("MacOSClientURL", noFile), 18, noFile.substr(0, VN_ERROR_DETAIL_SIZE - 1),
+         "vn_install: Unable to parse name in " + noFile},
+        {without("MacOSClientSig"), 17,
+         "MacOSClientSig=", artifact + "Binary Signature MacOSClientSig= not"},
+        {with("MacOSUIToolURL", ""), 17,
+         "MacOSUIToolURL=", artifact + "Path MacOSUIToolURL= not found"},
+        {with("MacOSUIToolURL", ui + "2"), 15, ui + "2",
+         artifact + "Error in downloading " + ui + "2"},
+        {withArtifact("ui.tgz", ""), 15, ui, artifact + "Error in downloading " + ui},
+        {withArtifact("ksmac_1.6.5", "other"), 21, World::originUrl("ksmac_1.6.5"),
+         forged + "ksmac_1.6.5 does not match with the signature"},
+        {with("MacOSUIToolSig", ini.at("MacOSClientSig")), 21, ui, forged + "ksmacui.tar.gz does"},
+        {[&](World& w) { w.addArtifact("MacOSClient", longName, "data"); }, 16, cutPath,
+         artifact + "Error in saving the binary " + longName + " at " + cutPath},
+        {[](World&) { harness::putOnFullDisk(installed("client.ini")); }, 16,
+         installed("client.ini"), "vn_install: Failed in saving"},
+        {[](World&) { chmod(harness::kInstallPath.c_str(), 0555); }, 16, installed("client.ini"),
+         ""},
+        {[](World&) { setenv("HOME", ("/" + std::string(1000, 'x')).c_str(), 1); }, 8, "",
+         "vn_install: Error in installing the client"},
+        {[&](World&) { fs::create_directory(registry); }, 16, registry,
+         "vn_install: Unable to open path: " + registry},
+        {[&](World&) { mkfifo(registry.c_str(), 0600); }, 20, registry,
+         "vn_install: Unable to seek to: " + registry},
+    };
+    const std::string home = getenv("HOME");
+    for (const auto& row : rows) {
+        setenv("HOME", home.c_str(), 1);
+        chmod(harness::kInstallPath.c_str(), 0755);
+        fs::remove_all(harness::kInstallPath);
+        harness::makeInstallDirectory();
+        for (const char* name : {"ksmac_1.6.5", "ksmacui.tar.gz"}) {
+            harness::writeFile(installed(name), "old");
+        }
+        world.ini = ini;
+        world.artifacts = artifacts;
+        row.spoil(world);
+        world.publish();
+        const Installed failed = install();
+        EXPECT_EQ(failed.code, row.code) << row.message;
+        EXPECT_EQ(
+            failed.detail.substr(0, failed.code == 15 ? row.detail.size() : failed.detail.npos),
+            row.detail);
+        EXPECT_EQ(lastMessage().substr(0, row.message.size()), row.message);
+        if (row.code == INSTALL_ERROR_VERIFICATION_FAILURE) {
+            const std::string name = row.message.substr(forged.size());
+            EXPECT_EQ(readFile(installed(name.substr(0, name.find(' ')))), "old");
+        }
+        EXPECT_EQ(vn_install("Velnor", 0, nullptr, nullptr), -1);
+        EXPECT_EQ(vn_getLastError(), plainCodes.at(row.code)) << row.message;
+        stopClient();
+    }
+    EXPECT_NE(world.log.requests().back().body.find("Unable to seek to"), std::string::npos);
 }
 
 TEST(Install, BadArgumentsWriteNothing) {
     InstallContext withoutProgress{};
-    EXPECT_EQ(vn_install(nullptr, 0, nullptr, nullptr), -1);
-    EXPECT_EQ(vn_getLastError(), INSTALL_ERROR_INVALIDARGUMENT + 0U);
-    EXPECT_EQ(vn_install("Velnor", 0, nullptr, &withoutProgress), -1);
-    EXPECT_EQ(vn_getLastError(), INSTALL_ERROR_INVALIDARGUMENT + 0U);
-    EXPECT_FALSE(harness::exists(harness::kInstallPath));
-}
-
-TEST(Install, UnreachableConfigurationServerIsNamed) {
-    const Installed failed = install();
-    EXPECT_EQ(failed.result, -1);
-    EXPECT_EQ(failed.code, INSTALL_ERROR_DOWNLOAD_FAILURE + 0U);
-    EXPECT_EQ(failed.detail,
-              "https://" + std::string(velnor::deployment::kConfigurationHost) +
-                  "/conf/client_ini.html?guid=" + readFile(installed("guid.ini")).substr(0, 32));
-    EXPECT_EQ(failed.progress, (Progress{5, 10, 15}));
-    EXPECT_EQ(lastMessage(), "[eror] vn_install: Failed in downloading client.ini");
-    EXPECT_EQ(installWithoutContext().code, INSTALL_ERROR_NETWORK + 0U);
-}
-
-TEST(Install, HomeTooLongForTheAgentIsAPlatformFailure) {
-    World world;
-    world.publish();
-    setenv("HOME", ("/tmp/" + std::string(1000, 'x')).c_str(), 1);
-    EXPECT_EQ(install().code, INSTALL_ERROR_PLATFORM + 0U);
-    EXPECT_EQ(lastMessage(), "[eror] vn_install: Error in installing the client");
-    EXPECT_FALSE(harness::exists(installed("loader.pl")));
-}
-
-// The last artifact does not verify, so that a run without any failure ends at a known place.
-TEST(Install, NoFailedAllocationLetsAnUnverifiedArtifactPass) {
-    World world;
-    world.addArtifact("MacOSClient", "ksmac_1.6.5", "#!/bin/sh\n");
-    world.ini["MacOSUninstallerSig"] = world.ini["MacOSClientSig"];
-    world.publish();
-    for (size_t number = 1; number < 1000; ++number) {
-        std::filesystem::remove_all(harness::kInstallPath);
-        char detail[VN_ERROR_DETAIL_SIZE] = "";
-        InstallContext context{};
-        context.progress = [](uint32_t, uint32_t) {};
-        context.errorDetail = detail;
-        harness::FailingAllocation fail(number);
-        const int32_t result = vn_install("Velnor", 0, nullptr, &context);
-        const uint32_t code = vn_getLastError();
-        const bool failed = fail.end();
-        EXPECT_EQ(result, -1) << number;
-        EXPECT_NE(code, 0U) << number;
-        EXPECT_FALSE(harness::exists(installed("uninstall.tar.gz"))) << number;
-        if (!failed) {
-            EXPECT_EQ(code, INSTALL_ERROR_VERIFICATION_FAILURE + 0U);
-            EXPECT_GT(number, 50U);
-            return;
-        }
+    for (const char* name : {static_cast<const char*>(nullptr), "Velnor"}) {
+        EXPECT_EQ(vn_install(name, 0, nullptr, name == nullptr ? nullptr : &withoutProgress), -1);
+        EXPECT_EQ(vn_getLastError(), INSTALL_ERROR_INVALIDARGUMENT + 0U);
     }
-    FAIL() << "no end of allocations";
+    for (size_t missing = 0; missing < 5; ++missing) {
+        const char* a[] = {"ini\n", "agent", "MacOSClientURL=", "file", "MacOSClientSig="};
+        a[missing] = nullptr;
+        EXPECT_EQ(_vn_downloadAndWrite(a[0], a[1], nullptr, false, a[2], a[3], a[4], 0, 0),
+                  INSTALL_ERROR_INVALIDARGUMENT);
+    }
+    EXPECT_FALSE(exists(harness::kInstallPath));
+}
+
+TEST(ClientIni, NamesFilesAndTheContentHost) {
+    const std::pair<const char*, const char*> names[] = {
+        {"https://h/get?file=ksmac_1", "ksmac_1"},
+        {"h/a=b/c", "c"},
+        {"", nullptr},
+        {"https://h/?file=", nullptr},
+        {"h/.", nullptr},
+        {"h/..", nullptr},
+        {"https://h/...", "..."},
+        {"ksmac_1", "ksmac_1"},
+    };
+    for (const auto& [url, name] : names) EXPECT_STREQ(velnor::fileNameOf(url), name) << url;
+    const std::string host = velnor::deployment::kContentHost;
+    EXPECT_EQ(velnor::rewriteToContentHost("H/P").get(), std::string("H/P"));
+    EXPECT_EQ(velnor::rewriteToContentHost("a://b://c").get(), "a://" + host + "/b://c");
+    for (const char* text : {"EnableQ731=TRUE\n", "EnableQ731=true \n", "EnableQ731=true", ""}) {
+        EXPECT_FALSE(velnor::isRewriteOn(text)) << text;
+    }
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 #define TESTS_INSTALL_WORLD_H
 
 #include <map>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -21,12 +20,16 @@ class World {
   public:
     World();
 
+    sandbox::FileServer configuration;
+    sandbox::FileServer content;
+    sandbox::FileServer log;
+
     /// The values that a test may change before it publishes.
     ClientIni ini;
     std::map<std::string, std::string> artifacts;  // by file name
 
-    /// Serves `ini` and `artifacts`, or the given text in place of `ini`.
-    void publish();
+    /// Serves `artifacts`, and `ini` or another text in its place.
+    void publish() { publish(toText(ini)); }
     void publish(const std::string& iniText);
 
     /// Signs the artifact anew and enters its URL and signature.
@@ -34,21 +37,10 @@ class World {
 
     /// URL of a file on the origin host.
     static std::string originUrl(const std::string& fileName);
-
-    /// Paths that were asked for, in order: of the configuration server, of the artifacts.
-    std::vector<std::string> configurationRequests() const;
-    std::vector<std::string> artifactRequests() const;
-    const sandbox::FileServer& configurationServer() const { return *configuration_; }
-
-    /// Names of the logs that were uploaded, in order, and the last one's text.
-    std::vector<std::string> uploads() const;
-    std::string lastUpload() const { return log_->requests().back().body; }
-
-  private:
-    std::unique_ptr<sandbox::FileServer> configuration_;
-    std::unique_ptr<sandbox::FileServer> content_;
-    std::unique_ptr<sandbox::FileServer> log_;
 };
+
+/// What a server was asked for, in order.
+std::vector<std::string> targetsOf(const sandbox::FileServer& server);
 
 struct Installed {
     int32_t result;
@@ -59,12 +51,6 @@ struct Installed {
 
 /// Runs vn_install with a detail buffer; `eula` may be null.
 Installed install(const char* appName = "Velnor", const char* eula = nullptr, int32_t cid = 0);
-
-/// The same without any context.
-Installed installWithoutContext(const char* appName = "Velnor");
-
-/// The last message of the log that is not the upload's.
-std::string lastMessage();
 
 /// Ends the client and its agent, as a user's `launchctl unload` does.
 void stopClient();

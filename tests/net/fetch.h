@@ -5,33 +5,51 @@
 #include <optional>
 #include <string>
 
-#include "api/last_error.h"
-#include "harness/gzip.h"
+#include "api/result/last_error.h"
 #include "net/system_downloader.h"
+#include "sandbox/servers/raw_server.h"
 #include "support/owned.h"
 
+constexpr uint32_t kUntouched = 99;
+
 struct Fetched {
-    std::optional<std::string> body;  // without its NUL byte
-    uint32_t size = 0;
+    std::optional<std::string> body;  // without its NUL byte; one that has none is no body
+    uint32_t size = 0xffffffff;
     uint32_t lastError = 0;
 };
 
-/// Downloads `url`; a body that is not followed by a NUL byte does not count as one.
-inline Fetched fetch(const std::string& url, const char* userAgent = "test agent") {
+/// What `download` gives, which stores the size where it is told to.
+template <class Download>
+Fetched fetchBy(Download download) {
     Fetched result;
-    result.size = 0xffffffff;
-    _vn_setLastError(99);
-    const velnor::OwnedText body(
-        _vn_downloadVelnorURL(userAgent, url.c_str(), &result.size, nullptr, 0, 0));
+    _vn_setLastError(kUntouched);
+    const velnor::OwnedText body(download(&result.size));
     result.lastError = _vn_getLastError();
     if (body && body.get()[result.size] == '\0') result.body.emplace(body.get(), result.size);
     return result;
 }
 
-using harness::gzip;
+inline Fetched fetch(const std::string& url, const char* userAgent = "test agent") {
+    return fetchBy([&](uint32_t* size) {
+        return _vn_downloadVelnorURL(userAgent, url.c_str(), size, nullptr, 0, 0);
+    });
+}
 
 inline std::string urlOn(int port, const std::string& path = "/file") {
     return "http://127.0.0.1:" + std::to_string(port) + path;
+}
+
+/// A server that answers every connection with these bytes.
+inline sandbox::RawServer answering(const std::string& reply, int port = 0) {
+    return sandbox::RawServer([reply](int fd, const std::string&) { sandbox::sendAll(fd, reply); },
+                              port);
+}
+
+/// A text in which no two places look alike for long.
+inline std::string pattern(size_t size) {
+    std::string text(size, '\0');
+    for (size_t i = 0; i < size; ++i) text[i] = static_cast<char>(i * 31 + i / 251);
+    return text;
 }
 
 #endif

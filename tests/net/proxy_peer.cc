@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
-#include <filesystem>
 #include <sstream>
 
 #include "harness/files.h"
@@ -12,45 +11,12 @@
 
 using harness::run;
 
-namespace {
-
-std::string configuration(const std::string& folder, Demand demand, int port) {
-    std::string text = "ServerRoot /usr/lib/apache2\nServerName proxy.velnor.example\n";
-    text += "Listen 127.0.0.1:" + std::to_string(port) + "\nPidFile " + folder + "/pid\n";
-    text += "DefaultRuntimeDir " + folder + "\nMutex file:" + folder + "\n";
-    text += "ErrorLog " + folder + "/error\n";
-    text += "LogFormat \"%m %>s\" short\nCustomLog " + folder + "/access short\n";
-    for (const char* name : {"mpm_event", "authn_core", "authn_file", "authz_core", "authz_user",
-                             "auth_basic", "auth_digest", "proxy", "proxy_http", "proxy_connect"}) {
-        text += std::string("LoadModule ") + name + "_module modules/mod_" + name + ".so\n";
-    }
-    text += "ProxyRequests On\nAllowCONNECT 1-65535\nProxyVia On\n<Proxy \"*\">\n";
-    if (demand != Demand::Nothing) {
-        const std::string kind = demand == Demand::Basic ? "Basic" : "Digest";
-        text += "AuthType " + kind + "\nAuthName proxy\n";
-        text += "Auth" + kind + "Provider file\nAuthUserFile " + folder + "/users\n";
-        text += "Require valid-user\n";
-    } else {
-        text += "Require all granted\n";
-    }
-    return text + "</Proxy>\n";
-}
-
-std::string users(Demand demand) {
-    if (demand == Demand::Digest) {
-        return run("printf 'alice:proxy:'; printf 'alice:proxy:s3cret pass' | md5sum | cut -c1-32")
-            .output;
-    }
-    return "alice:" + run("openssl passwd -apr1 's3cret pass'").output;
-}
-
-}  // namespace
-
 ProxyPeer::ProxyPeer(Demand demand, int port) : folder_("/tmp/proxy" + std::to_string(port)) {
-    std::filesystem::create_directory(folder_);
-    harness::writeFile(folder_ + "/conf", configuration(folder_, demand, port));
-    harness::writeFile(folder_ + "/users", users(demand));
-    EXPECT_EQ(run("/usr/sbin/apache2 -f " + folder_ + "/conf -k start </dev/null 2>&1").status, 0);
+    const char* kinds[] = {"Nothing", "Basic", "Digest"};
+    const harness::CommandResult started =
+        run("'" WEB_PROXY "' " + std::string(kinds[static_cast<int>(demand)]) + " " +
+            std::to_string(port) + " " + folder_ + " 2>&1");
+    EXPECT_EQ(started.status, 0) << started.output;
     EXPECT_TRUE(harness::eventually([this] { return harness::exists(folder_ + "/pid"); }));
 }
 

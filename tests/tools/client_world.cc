@@ -1,14 +1,19 @@
-// Starting and stopping what vnctl's tests need.
 #include "tools/client_world.h"
 
 #include <gtest/gtest.h>
-
-#include <thread>
 
 #include "harness/files.h"
 
 harness::CommandResult vnctl(const std::string& arguments) {
     return harness::run("mkdir -p /tmp/work; cd /tmp/work; '" VNCTL "' " + arguments);
+}
+
+void expectOutcomes(const std::vector<Outcome>& outcomes) {
+    for (const auto& [arguments, status, message] : outcomes) {
+        const harness::CommandResult result = vnctl("2>&1 " + arguments);
+        EXPECT_EQ(result.status, status) << arguments;
+        EXPECT_NE(result.output.find(message), std::string::npos) << result.output;
+    }
 }
 
 void setClientMode(const std::string& mode) {
@@ -28,23 +33,18 @@ void RunningClient::stop() {
 const std::string& filmContent() {
     static const std::string film = [] {
         std::string content;
-        for (uint32_t state = 1; content.size() < 3U << 20; state = state * 1664525 + 1013904223) {
-            content += static_cast<char>(state >> 24);
-        }
-        return content;
+        for (int part = 0; content.size() < 3U << 20; ++part) content += std::to_string(part) + ' ';
+        return content.substr(0, 3U << 20);
     }();
     return film;
 }
 
-HalfServer::HalfServer(std::chrono::milliseconds pause)
-    : server_([this, pause](int fd, const std::string& /*head*/) {
+HalfServer::HalfServer()
+    : server_([this](int fd, const std::string& /*head*/) {
           const size_t half = filmContent().size() / 2;
           sandbox::sendAll(fd, "HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(2 * half) +
                                    "\r\n\r\n" + filmContent().substr(0, half));
-          const auto end = std::chrono::steady_clock::now() + pause;
-          while (!goesOn_ && std::chrono::steady_clock::now() < end) {
-              std::this_thread::sleep_for(std::chrono::milliseconds(10));
-          }
+          goesOn_.wait(false);
           sandbox::sendAll(fd, filmContent().substr(half));
       }) {}
 

@@ -3,14 +3,22 @@
 #define TESTS_TOOLS_CLIENT_WORLD_H
 
 #include <atomic>
-#include <chrono>
 #include <string>
+#include <vector>
 
 #include "harness/shell.h"
 #include "sandbox/servers/raw_server.h"
 
 /// Standard output of vnctl in the folder /tmp/work; `arguments` may end with redirections.
 harness::CommandResult vnctl(const std::string& arguments);
+
+/// vnctl with these arguments, and what it is to end with and to say on either output.
+struct Outcome {
+    std::string arguments;
+    int status;
+    std::string message;
+};
+void expectOutcomes(const std::vector<Outcome>& outcomes);
 
 /// How the client misbehaves from now on.
 void setClientMode(const std::string& mode);
@@ -31,14 +39,17 @@ class RunningClient {
 /// 3 MiB in which no two parts are alike.
 const std::string& filmContent();
 
-/// A server that stops in the middle of the film, for a time or until it is told to go on.
+/// A server that stops in the middle of the film until it is told to go on.
 class HalfServer {
   public:
-    explicit HalfServer(std::chrono::milliseconds pause = std::chrono::minutes(1));
+    HalfServer();
     ~HalfServer() { goOn(); }
 
     std::string url() const;
-    void goOn() { goesOn_ = true; }
+    void goOn() {
+        goesOn_ = true;
+        goesOn_.notify_all();
+    }
 
   private:
     std::atomic<bool> goesOn_ = false;

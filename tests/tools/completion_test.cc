@@ -3,20 +3,15 @@
 
 #include <regex>
 #include <set>
-#include <sstream>
-#include <string>
 
 #include "harness/files.h"
-#include "harness/shell.h"
+#include "tools/client_world.h"
 
 namespace {
 
 using Words = std::set<std::string>;
 
-const std::string kSubcommands[] = {"install",    "uninstall", "status", "download",
-                                    "attributes", "pause",     "delete", "run-tasks"};
-
-Words wordsOf(const std::string& text, const char* pattern) {
+Words wordsOf(const std::string& text, const std::string& pattern) {
     const std::regex word(pattern);
     Words words;
     for (std::sregex_iterator match(text.begin(), text.end(), word), end; match != end; ++match) {
@@ -25,64 +20,39 @@ Words wordsOf(const std::string& text, const char* pattern) {
     return words;
 }
 
-std::string helpOf(const std::string& subcommand) {
-    return harness::run("'" VNCTL "' " + subcommand + " --help").output;
-}
-
-// The options that stand at the beginning of a line of the help.
-Words optionsOf(const std::string& subcommand) {
-    return wordsOf(helpOf(subcommand), R"(\n  (?:-h,)?(--[a-z0-9-]+))");
-}
-
-Words subcommandsInHelp() {
-    const std::string help = helpOf("");
-    return wordsOf(help.substr(help.find("Subcommands:")), R"(\n  ([a-z-]+))");
-}
-
 // What bash offers behind `line`, whose last word is being typed.
 Words offeredByBash(const std::string& line) {
-    const std::string output =
-        harness::run("bash -c 'source \"" COMPLETION_FOLDER "/vnctl.bash\"; COMP_WORDS=(" + line +
-                     "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _vnctl; "
-                     "printf \"%s\\n\" \"${COMPREPLY[@]}\"'")
-            .output;
-    return wordsOf(output, R"((\S+))");
+    const std::string script = "source \"" COMPLETION_FOLDER "/vnctl.bash\"; COMP_WORDS=(" + line +
+                               "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _vnctl; "
+                               "printf \"%s\\n\" \"${COMPREPLY[@]}\"";
+    return wordsOf(harness::run("bash -c '" + script + "'").output, R"((\S+))");
 }
 
-// The part of the zsh function that is about one subcommand, with the options that several share.
-std::string zshPartOf(const std::string& subcommand) {
-    const std::string text = harness::readFile(COMPLETION_FOLDER "/_vnctl");
-    const std::regex label("\n        (?:[a-z-]+ \\| )*" + subcommand + "(?: \\| [a-z-]+)*\\)");
-    std::smatch found;
-    if (!std::regex_search(text, found, label)) return "";
-    std::string part = found.suffix().str();
-    part = part.substr(0, part.find(";;"));
-    if (part.find("$common") == std::string::npos) return part;
-    const size_t common = text.find("common=(");
-    return part + text.substr(common, text.find("\n    )", common) - common);
-}
-
-TEST(VnctlCompletion, KnowsAllSubcommands) {
-    const Words expected(std::begin(kSubcommands), std::end(kSubcommands));
-    EXPECT_EQ(subcommandsInHelp(), expected);
-    EXPECT_EQ(offeredByBash("vnctl \"\""), expected);
-    EXPECT_EQ(offeredByBash("vnctl un"), Words{"uninstall"});
+TEST(VnctlCompletion, OffersWhatTheHelpLists) {
     const std::string zsh = harness::readFile(COMPLETION_FOLDER "/_vnctl");
-    EXPECT_EQ(wordsOf(zsh, "\n        '([a-z-]+):"), expected);
-}
-
-TEST(VnctlCompletion, KnowsAllOptions) {
-    for (const std::string& subcommand : kSubcommands) {
-        const Words options = optionsOf(subcommand);
+    const std::string help = vnctl("--help").output;
+    const Words subcommands = wordsOf(help.substr(help.find("Subcommands:")), R"(\n  ([a-z-]+))");
+    EXPECT_EQ(subcommands.size(), 8U);
+    EXPECT_EQ(wordsOf(zsh, "\n        '([a-z-]+):"), subcommands);
+    Words all;
+    for (const std::string& subcommand : subcommands) {
+        const Words options =
+            wordsOf(vnctl(subcommand + " --help").output, R"(\n  (?:-h,)?(--[a-z0-9-]+))");
         EXPECT_TRUE(options.contains("--help")) << subcommand;
         EXPECT_EQ(offeredByBash("vnctl " + subcommand + " --"), options) << subcommand;
-        Words inZsh = wordsOf(zshPartOf(subcommand), R"('(--[a-z0-9-]+)\[)");
-        EXPECT_EQ(inZsh, options) << subcommand;
+        all.insert(options.begin(), options.end());
     }
-    EXPECT_EQ(offeredByBash("vnctl --"), optionsOf(""));
+    all.insert("--version");
+    EXPECT_EQ(wordsOf(zsh, R"((--[a-z0-9-]+)\[)"), all);
     harness::writeFile("/tmp/a file", "");
-    EXPECT_EQ(offeredByBash("vnctl download --path \"/tmp/a fi\""), (Words{"/tmp/a", "file"}));
-    EXPECT_EQ(offeredByBash("vnctl download --speed \"\""), Words{});
+    const std::pair<const char*, Words> rows[] = {
+        {"vnctl \"\"", subcommands},
+        {"vnctl un", {"uninstall"}},
+        {"vnctl --", {"--help", "--version"}},
+        {"vnctl download --path \"/tmp/a fi\"", {"/tmp/a", "file"}},
+        {"vnctl download --speed \"\"", {}},
+    };
+    for (const auto& [line, offered] : rows) EXPECT_EQ(offeredByBash(line), offered) << line;
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-# Completion of vnctl for bash: subcommands, options, and files where an option wants one.
+# Completion of vnctl for bash: subcommands, options, and file names behind options that take one.
 
 _vnctl_options() {
     case $1 in

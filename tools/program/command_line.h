@@ -7,6 +7,9 @@
 
 namespace program {
 
+/// What a program says that has no memory left.
+inline constexpr char kOutOfMemory[] = "out of memory";
+
 /// Does the work once the command line is parsed; returns the exit status.
 using Body = std::function<int()>;
 
@@ -14,9 +17,9 @@ using Body = std::function<int()>;
 using SetUp = Body (*)(CLI::App& app);
 
 /// Runs a program. Returns the exit status: the body's; 1 when anything throws, with the
-/// exception's message on standard error behind the program's name; 2 for a command line that is
-/// wrong, with the reason behind the name and advice; 0 for --help, to which the exit statuses are
-/// added unless it ends with a footer of its own.
+/// exception's message, or kOutOfMemory, on standard error behind the program's name; 2 for a
+/// command line that is wrong, with the reason behind the name and advice; 0 for --help, to which
+/// the exit statuses are added unless it ends with a footer of its own.
 int run(const char* name, const char* description, SetUp setUp, int argc, char** argv);
 
 /// Flushes standard output. Throws std::system_error when something that was printed got lost.

@@ -1,4 +1,3 @@
-// Asking through the library.
 #include "vnctl/client.h"
 
 #include "vnctl/failure.h"

@@ -2,29 +2,34 @@
 #include <algorithm>
 #include <iostream>
 #include <memory>
+#include <new>
 #include <string>
 
+#include "api/request_path.h"
 #include "support/owned.h"
+#include "support/product.h"
 #include "support/shell.h"
+#include "support/url.h"
 #include "vnctl/client.h"
 #include "vnctl/commands.h"
-#include "vnctl/download_target.h"
-#include "vnctl/exit_status.h"
-#include "vnctl/failure.h"
 #include "vnctl/follow.h"
-#include "vnctl/human.h"
-#include "vnctl/interrupt.h"
-#include "vnctl/printable.h"
 #include "vnctl/record.h"
-#include "vnctl/request.h"
 #include "vnctl/secret_file.h"
-#include "vnctl/target_path.h"
+#include "vnctl/target.h"
+#include "vnctl/text.h"
 
 namespace vnctl {
 namespace {
 
-// Characters of a request that are left for texts when it holds every option.
-constexpr size_t kAlwaysFits = 799;
+// Characters of a request that are left for texts when it holds every option and the longest
+// numbers.
+constexpr size_t kAlwaysFits =
+    velnor::kLongestRequest - (sizeof velnor::kApiVersion - 1) -
+    (sizeof
+     "api?function=downloadFile&cid=2147483647&apiversion=&url="
+     "&targetspeed=2147483647&delayhttp=2147483647&checkcontentmd5&path=&backgroundDownload=1"
+     "&cookiestring=&queryauth=&basicauth=&wait=1&originonly&resetdownload=1" -
+     1);
 
 struct Options : Request {
     std::string path;
@@ -80,7 +85,8 @@ void start(const Client& client, const Options& options, const Secrets& secrets,
 
 std::string interruptMessage(const Options& options) {
     const velnor::OwnedText word(velnor::shellWord(printable(options.url).c_str()));
-    std::string arguments = word ? word.get() : "";
+    if (!word) throw std::bad_alloc();
+    std::string arguments = word.get();
     if (options.cid != 0) arguments += " --cid " + std::to_string(options.cid);
     return "\nThe download goes on. To see how far it is:\n  vnctl attributes " + arguments +
            "\nTo stop it:\n  vnctl pause " + arguments + "\n";
@@ -123,7 +129,7 @@ int sayOutcome(const Options& options, const FileAttributes& file, bool isStuck)
             file.errorstring != nullptr ? ": " + printable(file.errorstring) : "";
         std::cerr << "vnctl: " << state << reason << adviceFor(file.status) << std::endl;
     }
-    return isStuck ? exitStatusOfCode(INSTALL_ERROR_DISK) : exitStatusOfState(file.status);
+    return isStuck ? kDisk : exitStatusOfState(file.status);
 }
 
 int download(const Options& options) {
@@ -201,7 +207,7 @@ void addSecrets(CLI::App& command, Options& options) {
 
 void checkUrl(const Options& options) {
     if (options.url.empty()) return;  // which is complained about elsewhere
-    if (!isWebUrl(options.url)) {
+    if (!velnor::hasWebScheme(options.url.c_str())) {
         throw CLI::ValidationError("URL", "It does not begin with http:// or https://.");
     }
     if (!isFolder(options.path) || !fileNameOf(options.url).empty()) return;
@@ -237,7 +243,9 @@ void addDownload(CLI::App& app, program::Body& chosen) {
         checkUrl(*options);
         checkStandardInput(*options);
     });
-    setWork(*command, chosen, options, [options] { return download(*options); });
+    setWork(*command, chosen, options,
+            {kNotFound, kForbidden, kDisk, kAlreadyDownloaded, kPaused, kInterrupted},
+            [options] { return download(*options); });
 }
 
 }  // namespace vnctl

@@ -1,14 +1,11 @@
 // vnctl install: the installer engine with its progress and its outcome on a terminal.
 #include <iostream>
-#include <limits>
 #include <memory>
 #include <string>
 
 #include "velnor/capi.h"
 #include "vnctl/commands.h"
-#include "vnctl/name_option.h"
 #include "vnctl/progress.h"
-#include "vnctl/result_text.h"
 
 namespace vnctl {
 namespace {
@@ -53,7 +50,7 @@ int install(const Options& options) {
     progress().end();
     const std::string text = resultText(code, detail.data());
     (installed ? std::cout : std::cerr << "vnctl: ") << text << std::endl;
-    return installed ? 0 : 1;
+    return installed ? kDone : kFailed;
 }
 
 }  // namespace
@@ -62,15 +59,13 @@ void addInstall(CLI::App& app, program::Body& chosen) {
     const auto options = std::make_shared<Options>();
     CLI::App* command = app.add_subcommand(
         "install", "Install and start the client, and register an application with it");
-    addNameOption(*command, options->name, "The application to register");
+    addName(*command, options->name, "The application to register");
     auto* eula =
         command->add_option("--eula", options->eula, "The EULA that the user has accepted");
     auto* cid =
         command->add_option("--cid", options->cid, "The application's number in its record");
     eula->type_name("TEXT")->check(checkEula)->needs(cid);
-    cid->type_name("N")
-        ->check(CLI::Range(std::numeric_limits<int32_t>::max()).description(""))
-        ->needs(eula);
+    cid->type_name("N")->check(notNegative())->needs(eula);
     command->callback([options, &chosen] { chosen = [options] { return install(*options); }; });
 }
 

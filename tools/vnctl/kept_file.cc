@@ -1,4 +1,4 @@
-// Moving away and back by rename(2), which a signal handler may use.
+// By rename(2), which a signal handler may use.
 #include "vnctl/kept_file.h"
 
 #include <stdlib.h>
@@ -9,10 +9,11 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <new>
 
 #include "velnor/capi.h"
 #include "vnctl/failure.h"
-#include "vnctl/printable.h"
+#include "vnctl/text.h"
 
 namespace vnctl {
 namespace {
@@ -46,11 +47,18 @@ void onSignal(int signal) {
     _exit(128 + signal);
 }
 
+void nameFile() try {
+    g_places.file = g_places.folder + "/file";
+    g_places.whereItIs =
+        "vnctl: The file could not be put back. It is " + printable(g_places.file) + "\n";
+} catch (const std::bad_alloc&) {
+    rmdir(g_places.folder.c_str());
+    throw;
+}
+
 void moveAway() {
     if (mkdtemp(g_places.folder.data()) != nullptr) {
-        g_places.file = g_places.folder + "/file";
-        g_places.whereItIs =
-            "vnctl: The file could not be put back. It is " + printable(g_places.file) + "\n";
+        nameFile();
         g_isAway = 1;
         if (std::rename(g_places.home.c_str(), g_places.file.c_str()) == 0) return;
         g_isAway = 0;

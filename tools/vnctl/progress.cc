@@ -1,4 +1,3 @@
-// Drawing progress.
 #include "vnctl/progress.h"
 
 #include <sys/ioctl.h>

@@ -1,14 +1,38 @@
-// The client's records, field by field.
 #include "vnctl/record.h"
 
-#include <algorithm>
-#include <iostream>
+#include <rapidjson/encodings.h>
+#include <rapidjson/memorystream.h>
 
-#include "vnctl/human.h"
-#include "vnctl/printable.h"
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <iostream>
+#include <new>
+
+#include "vnctl/text.h"
 
 namespace vnctl {
 namespace {
+
+constexpr char kReplacement[] = "\xEF\xBF\xBD";
+
+// Length in bytes of the character at the beginning of `text`, 0 when there is none.
+size_t characterLength(const char* text, size_t size) {
+    rapidjson::MemoryStream stream(text, size);
+    unsigned code = 0;
+    return rapidjson::UTF8<>::Decode(stream, &code) ? stream.Tell() : 0;
+}
+
+std::string validUtf8(const char* text) {
+    std::string result;
+    for (size_t size = std::strlen(text); size > 0;) {
+        const size_t length = characterLength(text, size);
+        result += length > 0 ? std::string(text, length) : kReplacement;
+        text += length > 0 ? length : 1;
+        size -= length > 0 ? length : 1;
+    }
+    return result;
+}
 
 std::string sizeAndBytes(int64_t bytes) {
     return humanSize(bytes) + " (" + std::to_string(bytes) + " bytes)";
@@ -19,47 +43,98 @@ std::string unlessZero(int64_t value) { return value != 0 ? std::to_string(value
 
 }  // namespace
 
-void Record::truth(const char* key, const char* label, bool value) {
-    json_.truth(key, value);
+void* JSONObject::Allocator::Realloc(void* block, size_t /*oldSize*/, size_t size) {
+    if (size == 0) {
+        std::free(block);
+        return nullptr;
+    }
+    void* grown = std::realloc(block, size);
+    if (grown == nullptr) throw std::bad_alloc();
+    return grown;
+}
+
+void JSONObject::Allocator::Free(void* block) { std::free(block); }
+
+JSONObject::~JSONObject() = default;
+
+JSONObject& JSONObject::number(const char* key, int64_t value) {
+    writer_.Key(key);
+    writer_.Int64(value);
+    return *this;
+}
+
+JSONObject& JSONObject::boolean(const char* key, bool value) {
+    writer_.Key(key);
+    writer_.Bool(value);
+    return *this;
+}
+
+JSONObject& JSONObject::text(const char* key, const char* value) {
+    writer_.Key(key);
+    if (value == nullptr) {
+        writer_.Null();
+    } else {
+        writer_.String(validUtf8(value).c_str());
+    }
+    return *this;
+}
+
+void JSONObject::print() {
+    writer_.EndObject();
+    std::cout << buffer_.GetString() << std::endl;
+}
+
+void Record::boolean(const char* key, const char* label, bool value) {
+    if (json_) {
+        json_->boolean(key, value);
+        return;
+    }
     rows_.emplace_back(label, value ? "yes" : "no");
 }
 
 void Record::number(const char* key, const char* label, int64_t value, const std::string& shown) {
-    json_.number(key, value);
+    if (json_) {
+        json_->number(key, value);
+        return;
+    }
     if (!shown.empty()) rows_.emplace_back(label, shown);
 }
 
 void Record::text(const char* key, const char* label, const char* value) {
-    json_.text(key, value);
+    if (json_) {
+        json_->text(key, value);
+        return;
+    }
     if (value != nullptr) rows_.emplace_back(label, printable(value));
 }
 
-void Record::print(bool asJSON) {
-    if (asJSON) return json_.print();
+void Record::print() {
+    if (json_) return json_->print();
     size_t widest = 0;
     for (const auto& [label, value] : rows_) widest = std::max(widest, label.size());
+    std::string table;
     for (const auto& [label, value] : rows_) {
-        std::cout << label << std::string(widest + 2 - label.size(), ' ') << value << '\n';
+        table.append(label).append(widest + 2 - label.size(), ' ').append(value) += '\n';
     }
-    std::cout.flush();
+    std::cout << table << std::flush;
 }
 
 void printRecord(const ClientAttributes& client, bool asJSON) {
-    Record record;
-    record.truth("isonline", "Online", client.isonline != 0);
+    Record record(asJSON);
+    record.boolean("isonline", "Online", client.isonline != 0);
     record.number("version", "Version", client.version);
     record.text("executableversion", "Executable", client.executableversion);
     record.text("configurationversion", "Configuration", client.configurationversion);
     record.number("downloadrate", "Download rate", client.downloadrate,
                   humanRate(client.downloadrate));
     record.number("sharerate", "Share rate", client.sharerate, humanRate(client.sharerate));
-    record.truth("acceptedeula", "EULA accepted", client.acceptedeula != 0);
+    record.boolean("acceptedeula", "EULA accepted", client.acceptedeula != 0);
     record.text("guid", "GUID", client.guid);
-    record.print(asJSON);
+    record.print();
 }
 
 void printRecord(const FileAttributes& file, bool asJSON) {
-    Record record;
+    Record record(asJSON);
     record.text("url", "URL", file.url);
     record.number("cid", "Application", file.cid);
     record.number("status", "State number", file.status, "");
@@ -73,7 +148,7 @@ void printRecord(const FileAttributes& file, bool asJSON) {
     record.number("error", "Error number", file.error, unlessZero(file.error));
     record.number("suberror", "More about it", file.suberror, unlessZero(file.suberror));
     record.text("verifiedcontentmd5", "Verified MD5", file.verifiedcontentmd5);
-    record.print(asJSON);
+    record.print();
 }
 
 }  // namespace vnctl

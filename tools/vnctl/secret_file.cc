@@ -1,4 +1,3 @@
-// Reading secrets.
 #include "vnctl/secret_file.h"
 
 #include <sys/stat.h>
@@ -9,13 +8,12 @@
 #include <fstream>
 #include <iostream>
 
+#include "api/request_path.h"
 #include "velnor/capi.h"
 #include "vnctl/failure.h"
 
 namespace vnctl {
 namespace {
-
-constexpr size_t kLongestLogin = 189;
 
 void warnWhenOthersCanRead(const std::string& path) {
     struct stat file {};
@@ -31,8 +29,8 @@ Failure malformed(const std::string& path, const std::string& whatIsWrong) {
 }
 
 std::string firstLine(std::istream& stream, const std::string& path) {
-    // More would not fit into a request.
-    std::array<char, 1024> line{};
+    // More than that would not fit into a request.
+    std::array<char, velnor::kLongestRequest + 1> line{};
     errno = 0;
     stream.getline(line.data(), line.size());
     if (errno != 0) {
@@ -67,9 +65,9 @@ std::string readSecret(const std::string& path) {
 Login readLogin(const std::string& path) {
     const std::string line = readSecret(path);
     const size_t colon = line.find(':');
-    if (colon == std::string::npos || line.size() > kLongestLogin) {
-        throw malformed(
-            path, "must be user:password, of at most " + std::to_string(kLongestLogin) + " bytes.");
+    if (colon == std::string::npos || line.size() > velnor::kLongestLogin) {
+        throw malformed(path, "must be user:password, of at most " +
+                                  std::to_string(velnor::kLongestLogin) + " bytes.");
     }
     return {line.substr(0, colon), line.substr(colon + 1)};
 }

@@ -10,10 +10,9 @@
 
 #include "detect/euc_utils.h"
 #include "support/paths.h"
+#include "support/product.h"
 #include "velnor/capi.h"
 #include "vnctl/commands.h"
-#include "vnctl/name_option.h"
-#include "vnctl/result_text.h"
 
 namespace vnctl {
 namespace {
@@ -41,7 +40,7 @@ Installation look() {
     std::string whyNot;
     Installation found{.isLoaded = EUCUtils::isClientRunning(whyNot),
                        .exists = std::filesystem::exists(installPath(), unreadable)};
-    std::ifstream registry(installPath() + "/appregistry.dat");
+    std::ifstream registry(installPath() + "/" + velnor::kRegistryFile);
     for (std::string line; std::getline(registry, line);) ++found.applications;
     return found;
 }
@@ -65,7 +64,7 @@ bool clientStays() {
 
 int fail(const std::string& message) {
     std::cerr << "vnctl: " << message << std::endl;
-    return 1;
+    return kFailed;
 }
 
 int sayOutcome(const Options& options, const Installation& before, const Installation& after) {
@@ -79,9 +78,8 @@ int sayOutcome(const Options& options, const Installation& before, const Install
         return fail("The client was stopped, but not all of " + installPath() +
                     " could be deleted.");
     } else if (clientStays()) {
-        return fail(
-            "Something still answers on port 9421: a client that was not started by its "
-            "launch agent.");
+        return fail("Something still answers on port " + std::to_string(velnor::kClientPort) +
+                    ": a client that was not started by its launch agent.");
     } else if (!before.exists) {
         std::cout << "Nothing was installed in " << installPath() << '.' << std::endl;
     } else if (!after.exists) {
@@ -90,7 +88,7 @@ int sayOutcome(const Options& options, const Installation& before, const Install
         std::cout << "The client was stopped and does not start again; its files stay in "
                   << installPath() << '.' << std::endl;
     }
-    return 0;
+    return kDone;
 }
 
 int uninstall(const Options& options) {
@@ -112,7 +110,7 @@ void addUninstall(CLI::App& app, program::Body& chosen) {
     const auto options = std::make_shared<Options>();
     CLI::App* command = app.add_subcommand(
         "uninstall", "Take an application off the client, and remove the client after the last");
-    addNameOption(*command, options->name, "The application that leaves");
+    addName(*command, options->name, "The application that leaves");
     command->add_flag("--keep-identity", options->keepIdentity,
                       "When the client is removed, leave its files in " + installPath() +
                           ", among them guid.ini, this machine's identity");

@@ -1,14 +1,17 @@
-// libcurl transfers, set up.
 #include "platform/linux/curl_handle.h"
 
+#include <linux/tcp.h>
+#include <netinet/in.h>
 #include <openssl/err.h>
 #include <openssl/ssl.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
 #include <cstdlib>
-#include <cstring>
+#include <new>
 
 #include "support/format.h"
+#include "support/text.h"
 
 namespace velnor::platform {
 namespace {
@@ -30,12 +33,19 @@ void trustEnvironment(CURL* easy) {
     curl_easy_setopt(easy, CURLOPT_SSL_CTX_FUNCTION, loadVerifyPaths);
 }
 
-// The port under which the keychain knows a proxy whose address names none.
-constexpr long kDefaultProxyPort = 80;
-
 // Close-on-exec, so that a client that is started meanwhile does not inherit the connection.
 curl_socket_t openSocket(void*, curlsocktype, curl_sockaddr* address) {
     return socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+}
+
+int closeSocket(void* received, curl_socket_t fd) {
+    tcp_info info{};
+    socklen_t size = sizeof info;
+    // The end of the stream counts as a byte.
+    if (getsockopt(fd, IPPROTO_TCP, TCP_INFO, &info, &size) == 0 && info.tcpi_bytes_received > 1) {
+        *static_cast<bool*>(received) = true;
+    }
+    return close(fd);
 }
 
 bool append(Slist& list, const char* line) {
@@ -71,10 +81,21 @@ Slist makeHeaderList(const HttpRequest& request) {
 }
 
 bool isUrl(const char* text) {
-    // libcurl would take "http:///host/" for "http://host/"; it means no host at all.
-    if (std::strstr(text, ":///") != nullptr) return false;
     const std::unique_ptr<CURLU, UrlDeleter> url(curl_url());
     return url && curl_url_set(url.get(), CURLUPART_URL, text, 0) == CURLUE_OK;
+}
+
+OwnedText encodeBlanks(const char* text) {
+    const std::unique_ptr<CURLU, UrlDeleter> url(curl_url());
+    constexpr unsigned kFlags = CURLU_URLENCODE | CURLU_NON_SUPPORT_SCHEME;
+    char* encoded = nullptr;
+    if (!url || curl_url_set(url.get(), CURLUPART_URL, text, kFlags) != CURLUE_OK ||
+        curl_url_get(url.get(), CURLUPART_URL, &encoded, CURLU_NON_SUPPORT_SCHEME) != CURLUE_OK) {
+        return {};
+    }
+    OwnedText copy = copyText(encoded);
+    curl_free(encoded);
+    return copy;
 }
 
 Slist makeProxyHeaderList() {
@@ -83,11 +104,15 @@ Slist makeProxyHeaderList() {
     return list;
 }
 
-Easy makeEasy() {
-    if (!initializeOnce()) return nullptr;
-    Easy handle(curl_easy_init());
-    if (!handle) return nullptr;
-    CURL* easy = handle.get();
+Transfer makeTransfer() {
+    Transfer transfer;
+    if (!initializeOnce()) return transfer;
+    transfer.received.reset(new (std::nothrow) bool(false));
+    if (!transfer.received) return transfer;
+    transfer.multi.reset(curl_multi_init());
+    transfer.easy.reset(curl_easy_init());
+    CURL* easy = transfer.easy.get();
+    if (easy == nullptr) return transfer;
     curl_easy_setopt(easy, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
     curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
     curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 0L);
@@ -96,24 +121,26 @@ Easy makeEasy() {
     curl_easy_setopt(easy, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
     curl_easy_setopt(easy, CURLOPT_HEADEROPT, static_cast<long>(CURLHEADER_SEPARATE));
     curl_easy_setopt(easy, CURLOPT_OPENSOCKETFUNCTION, openSocket);
+    curl_easy_setopt(easy, CURLOPT_CLOSESOCKETFUNCTION, closeSocket);
+    curl_easy_setopt(easy, CURLOPT_CLOSESOCKETDATA, transfer.received.get());
     // Without it, giving up on a name that no server resolves would wait for the resolver.
     curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);
     if (std::getenv("SSL_CERT_FILE") != nullptr || std::getenv("SSL_CERT_DIR") != nullptr) {
         trustEnvironment(easy);
     }
-    return handle;
+    return transfer;
 }
 
-bool setProxy(CURL* easy, const char* proxy, const Credentials* credentials) {
+bool setProxy(CURL* easy, const ProxyAddress& proxy, const Credentials* credentials) {
     // Everything is set in every case, else libcurl would read the environment by rules of its own,
     // or carry an account from one proxy to the next.
-    const char* user = credentials != nullptr ? credentials->user.get() : nullptr;
-    const char* password = credentials != nullptr ? credentials->password.get() : nullptr;
-    return curl_easy_setopt(easy, CURLOPT_PROXY, proxy != nullptr ? proxy : "") == CURLE_OK &&
-           curl_easy_setopt(easy, CURLOPT_NOPROXY, "") == CURLE_OK &&
-           curl_easy_setopt(easy, CURLOPT_PROXYPORT, kDefaultProxyPort) == CURLE_OK &&
-           curl_easy_setopt(easy, CURLOPT_PROXYUSERNAME, user) == CURLE_OK &&
-           curl_easy_setopt(easy, CURLOPT_PROXYPASSWORD, password) == CURLE_OK;
+    const Credentials& account = credentials != nullptr ? *credentials : proxy.account;
+    const char* url = proxy.url ? proxy.url.get() : "";
+    const char* except = proxy.except ? proxy.except.get() : "";
+    return curl_easy_setopt(easy, CURLOPT_PROXY, url) == CURLE_OK &&
+           curl_easy_setopt(easy, CURLOPT_NOPROXY, except) == CURLE_OK &&
+           curl_easy_setopt(easy, CURLOPT_PROXYUSERNAME, account.user.get()) == CURLE_OK &&
+           curl_easy_setopt(easy, CURLOPT_PROXYPASSWORD, account.password.get()) == CURLE_OK;
 }
 
 }  // namespace velnor::platform

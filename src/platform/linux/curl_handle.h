@@ -5,8 +5,11 @@
 #include <curl/curl.h>
 
 #include <memory>
+#include <utility>
 
 #include "platform/http_stream.h"
+#include "platform/linux/sigpipe_guard.h"
+#include "platform/linux/system_proxies_libproxy.h"
 
 namespace velnor::platform {
 
@@ -30,19 +33,55 @@ using Slist = std::unique_ptr<curl_slist, SlistDeleter>;
 /// The request's headers, with those that libcurl would add taken away; null without memory.
 Slist makeHeaderList(const HttpRequest& request);
 
-/// True when libcurl can take `text` apart as a URL; false also for want of memory.
+/// True when libcurl can take `text` apart as a URL; false also without memory.
 bool isUrl(const char* text);
+
+/// `text` as a URL in which every blank is encoded; null when it is none, or without memory.
+OwnedText encodeBlanks(const char* text);
 
 /// Headers of a CONNECT request: none of libcurl's own. Null without memory.
 Slist makeProxyHeaderList();
 
-/// A transfer with the options that hold for every request: HTTP/1.1, verified TLS, no signals, no
-/// inherited sockets, no redirects of libcurl's own. Null without memory.
-Easy makeEasy();
+/// A transfer with its connections. What libcurl learns from a reply, such as a proxy's nonce,
+/// stays with it.
+struct Transfer {
+    Multi multi;
+    Easy easy;
+    /// Set when a connection closes on which something had been received, in libcurl's eyes an
+    /// answer or not.
+    std::unique_ptr<bool> received;
 
-/// Sets the proxy for the next transfer of `easy`, null to connect directly, and the account to use
-/// with it, null for none but one that `proxy` names itself.
-bool setProxy(CURL* easy, const char* proxy, const Credentials* credentials);
+    Transfer() = default;
+    Transfer(Transfer&&) noexcept = default;
+    Transfer& operator=(Transfer&& other) noexcept {
+        std::swap(multi, other.multi);
+        std::swap(easy, other.easy);
+        std::swap(received, other.received);
+        return *this;
+    }
+    ~Transfer() { close(); }
+
+    /// Takes the transfer off its connections. Does nothing when there is none.
+    void stop() const {
+        if (multi && easy) curl_multi_remove_handle(multi.get(), easy.get());
+    }
+
+    void close() {
+        if (!multi && !easy) return;
+        const SigpipeGuard guard;  // closing a TLS connection writes to it
+        stop();
+        easy.reset();
+        multi.reset();
+    }
+};
+
+/// A transfer with the options that hold for every request: HTTP/1.1, verified TLS, no signals, no
+/// inherited sockets, no redirects of libcurl's own. Without memory, `easy` or `multi` is null.
+Transfer makeTransfer();
+
+/// Sets the proxy for the next request, and the account to use with it in place of one that its
+/// address names; null for none.
+bool setProxy(CURL* easy, const ProxyAddress& proxy, const Credentials* credentials);
 
 }  // namespace velnor::platform
 

@@ -5,7 +5,7 @@
 
 #include "platform/desktop.h"
 
-namespace velnor {
+namespace velnor::platform {
 namespace {
 
 void registerDefault(NSString* value, NSString* key) {
@@ -55,4 +55,4 @@ void keepEventsFlowing() {
     }
 }
 
-}  // namespace velnor
+}  // namespace velnor::platform

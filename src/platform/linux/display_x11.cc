@@ -1,9 +1,9 @@
 // The display that clients of the X Window System use.
 #include <X11/Xlib.h>
 
-#include "platform/display.h"
+#include "platform/desktop.h"
 
-namespace velnor {
+namespace velnor::platform {
 namespace {
 
 void (*g_onGone)() = nullptr;
@@ -25,4 +25,4 @@ void watchDisplay(void (*onGone)()) {
     });
 }
 
-}  // namespace velnor
+}  // namespace velnor::platform

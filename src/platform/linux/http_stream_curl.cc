@@ -1,19 +1,19 @@
 // The HTTP stream on libcurl's multi interface. Redirects are followed here and not by libcurl:
 // each hop has its own proxy, and a hop from https to http must fail however the chain began.
 #include <curl/curl.h>
-#include <strings.h>
 
 #include <chrono>
 #include <cstring>
 #include <new>
+#include <utility>
 
 #include "platform/http_stream.h"
 #include "platform/linux/curl_handle.h"
 #include "platform/linux/sigpipe_guard.h"
 #include "platform/linux/stream_buffer.h"
 #include "platform/linux/system_proxies_libproxy.h"
-#include "support/format.h"
-#include "support/text_copy.h"
+#include "support/text.h"
+#include "support/url.h"
 
 namespace velnor::platform {
 namespace {
@@ -25,14 +25,41 @@ constexpr int kProxyAuthenticationRequired = 407;
 // How long one wait of a read lasts; a read has no limit, so it only bounds a missed wake-up.
 constexpr int kReadWait = 1000;
 
-class CurlProxyAuthentication final : public ProxyAuthentication {
+// Whether a request that ended so may have met nobody, or a peer that hung up. Everything else is
+// an answer of a kind, and will be the same the next time.
+bool isSilence(CURLcode result) {
+    switch (result) {
+        case CURLE_COULDNT_RESOLVE_PROXY:
+        case CURLE_COULDNT_RESOLVE_HOST:
+        case CURLE_COULDNT_CONNECT:
+        case CURLE_PROXY:
+        case CURLE_GOT_NOTHING:
+        case CURLE_SEND_ERROR:
+        case CURLE_RECV_ERROR:
+        case CURLE_OPERATION_TIMEDOUT:
+            return true;
+        default:
+            return false;
+    }
+}
+
+bool isRedirect(long code) {
+    return code == 301 || code == 302 || code == kSeeOther || code == 307 || code == 308;
+}
+
+}  // namespace
+
+class ProxyAuthentication {
   public:
-    explicit CurlProxyAuthentication(long schemes) : schemes_(schemes) {}
-    bool requiresUserNameAndPassword() const override { return scheme() != CURLAUTH_NONE; }
+    ProxyAuthentication(long schemes, Transfer transfer)
+        : schemes_(schemes), transfer_(std::move(transfer)) {}
+
+    /// The transfer that the demand came to. For Digest it has the nonce: another one would ask for
+    /// a nonce of its own first, by a request without a body.
+    Transfer takeTransfer() { return std::move(transfer_); }
 
     /// The strongest scheme that works with a name and a password. One and not the whole set: given
-    /// a choice, libcurl would first ask the proxy once more without credentials. (For Digest it
-    /// does so anyway, to get a nonce of its own.)
+    /// a choice, libcurl would first ask the proxy once more without credentials.
     long scheme() const {
         for (const unsigned long scheme : {CURLAUTH_DIGEST, CURLAUTH_NTLM, CURLAUTH_BASIC}) {
             if ((static_cast<unsigned long>(schemes_) & scheme) != 0) {
@@ -44,50 +71,45 @@ class CurlProxyAuthentication final : public ProxyAuthentication {
 
   private:
     long schemes_;
+    Transfer transfer_;
 };
 
-bool isRedirect(long code) {
-    return code == 301 || code == 302 || code == kSeeOther || code == 307 || code == 308;
-}
-
-bool isHttps(const char* url) { return strncasecmp(url, "https:", 6) == 0; }
-bool isHttp(const char* url) { return strncasecmp(url, "http:", 5) == 0; }
-
-class CurlStream final : public HttpStream {
+class HttpStream {
   public:
-    explicit CurlStream(const HttpRequest& request) : request_(request) {}
-    ~CurlStream() override;
-    CurlStream(const CurlStream&) = delete;
-    CurlStream& operator=(const CurlStream&) = delete;
+    explicit HttpStream(const HttpRequest& request) : request_(request) {}
+    ~HttpStream() { transfer_.close(); }
+    HttpStream(const HttpStream&) = delete;
+    HttpStream& operator=(const HttpStream&) = delete;
 
-    bool prepare();
-    bool open() override;
-    StreamStatus status() const override { return status_; }
-    bool hasBytesAvailable() const override { return !buffer_.empty() || finished_; }
-    void waitUntilOpen(int milliseconds) override;
-    void waitForBytes(int milliseconds) override;
-    int32_t read(void* buffer, uint32_t size) override;
-    int32_t responseCode() const override;
-    bool hasResponseHeader(const char* name, const char* value) const override;
-    int64_t announcedLength() const override;
-    std::unique_ptr<ProxyAuthentication> proxyAuthentication() const override;
+    bool start();
+    StreamStatus status() const { return status_; }
+    bool hasBytesAvailable() const { return !buffer_.empty() || finished_; }
+    template <class Known>
+    void pumpUntil(Known known, int milliseconds);
+    int32_t read(void* buffer, uint32_t size);
+    int32_t responseCode() const;
+    const curl_header* responseHeader(const char* name) const;
+    OwnedAuthentication takeProxyAuthentication();
 
   private:
     static int onConnected(void* self, char*, char*, int, int);
     static size_t onHeaderLine(char* line, size_t, size_t size, void* self);
     static size_t onBody(char* bytes, size_t, size_t size, void* self);
 
+    CURL* easy() const { return transfer_.easy.get(); }
+    CURLM* multi() const { return transfer_.multi.get(); }
+    bool prepare();
     void setOptions();
     bool begin(const char* url);
-    bool chooseProxy();
-    template <class Known>
-    void pumpUntil(Known known, int milliseconds);
+    ProxyAddress::Parsed chooseProxy();
+    void fail(StreamStatus status);
     void pump(int milliseconds);
     void perform();
     void finish(CURLcode result);
     bool isWhole() const;
+    bool isDelivered() const;
+    bool hasPartOfALine(CURLcode result) const;
     bool proxyRefusedTunnel() const;
-    const curl_header* responseHeader(const char* name) const;
     bool isRedirectResponse() const;
     void followRedirect(const char* target);
     void becomeGet();
@@ -97,37 +119,35 @@ class CurlStream final : public HttpStream {
     HttpRequest request_;
     Slist headers_;
     Slist proxyHeaders_;
-    Multi multi_;
-    Easy easy_;
+    Transfer transfer_;
     OwnedText url_;
     OwnedText firstProxy_;
     StreamBuffer buffer_;
-    StreamStatus status_ = StreamStatus::NotOpen;
+    StreamStatus status_ = StreamStatus::Opening;
     bool paused_ = false;
     bool finished_ = false;
     bool failed_ = false;
+    bool headersBegan_ = false;
     bool headersEnded_ = false;
+    bool hasBody_ = false;
     int redirects_ = 0;
 };
 
-CurlStream::~CurlStream() {
-    if (multi_ && easy_) curl_multi_remove_handle(multi_.get(), easy_.get());
-    easy_.reset();
-    multi_.reset();
-}
+bool HttpStream::start() { return prepare() && begin(request_.url); }
 
-bool CurlStream::prepare() {
-    easy_ = makeEasy();
-    multi_.reset(curl_multi_init());
+bool HttpStream::prepare() {
+    ProxyAuthentication* demanded = request_.authentication;
+    transfer_ = demanded != nullptr ? demanded->takeTransfer() : makeTransfer();
     headers_ = makeHeaderList(request_);
     proxyHeaders_ = makeProxyHeaderList();
-    if (!easy_ || !multi_ || !headers_ || !proxyHeaders_ || !isUrl(request_.url)) return false;
+    if (!easy() || !multi() || !headers_ || !proxyHeaders_ || !isUrl(request_.url)) return false;
     setOptions();
+    if (demanded != nullptr) curl_easy_setopt(easy(), CURLOPT_PROXYAUTH, demanded->scheme());
     return true;
 }
 
-void CurlStream::setOptions() {
-    CURL* easy = easy_.get();
+void HttpStream::setOptions() {
+    CURL* easy = this->easy();
     curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, request_.method);
     curl_easy_setopt(easy, CURLOPT_HTTPHEADER, headers_.get());
     curl_easy_setopt(easy, CURLOPT_PROXYHEADER, proxyHeaders_.get());
@@ -143,101 +163,87 @@ void CurlStream::setOptions() {
         const auto size = static_cast<curl_off_t>(request_.body.size());
         curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE, size);
         curl_easy_setopt(easy, CURLOPT_POSTFIELDS, request_.body.data());
+        hasBody_ = size > 0;
     }
-    if (request_.authentication == nullptr) return;
-    const auto* demanded = static_cast<const CurlProxyAuthentication*>(request_.authentication);
-    curl_easy_setopt(easy, CURLOPT_PROXYAUTH, demanded->scheme());
 }
 
-bool CurlStream::open() {
-    if (!begin(request_.url)) return false;
-    status_ = StreamStatus::Opening;
-    return true;
-}
-
-// Starts the transfer of one hop.
-bool CurlStream::begin(const char* url) {
-    return _vn_snprintf(url_.out(), 0, "%s", url) != 0 &&
-           curl_easy_setopt(easy_.get(), CURLOPT_URL, url_.get()) == CURLE_OK && chooseProxy() &&
-           curl_multi_add_handle(multi_.get(), easy_.get()) == CURLM_OK;
+// Starts the transfer of one hop. A proxy whose address is none is one that is not there.
+bool HttpStream::begin(const char* url) {
+    headersBegan_ = false;
+    *transfer_.received = false;
+    url_ = copyText(url);
+    if (!url_ || curl_easy_setopt(easy(), CURLOPT_URL, url_.get()) != CURLE_OK) return false;
+    const ProxyAddress::Parsed proxy = chooseProxy();
+    if (proxy == ProxyAddress::Parsed::Refused) fail(StreamStatus::Error);
+    return proxy == ProxyAddress::Parsed::Refused ||
+           (proxy == ProxyAddress::Parsed::Done &&
+            curl_multi_add_handle(multi(), easy()) == CURLM_OK);
 }
 
 // The credentials belong to the proxy of the first hop and go to no other. They come in place of an
 // account that the proxy's own address names.
-bool CurlStream::chooseProxy() {
-    if (request_.proxies == nullptr) return setProxy(easy_.get(), nullptr, nullptr);
-    OwnedText proxy;
-    const auto* proxies = static_cast<const LibproxyProxies*>(request_.proxies);
-    if (!proxies->proxyFor(url_.get(), &proxy)) return false;
+ProxyAddress::Parsed HttpStream::chooseProxy() {
+    using Parsed = ProxyAddress::Parsed;
+    ProxyAddress proxy;
+    if (request_.proxies != nullptr) {
+        const Parsed parsed = request_.proxies->proxyFor(url_.get(), &proxy);
+        if (parsed != Parsed::Done) return parsed;
+    }
     const bool isFirst = redirects_ == 0;
-    const bool isSame = proxy && firstProxy_ && std::strcmp(proxy.get(), firstProxy_.get()) == 0;
-    const bool isTheirs = proxy && request_.credentials != nullptr && (isFirst || isSame);
-    const OwnedText bare = isTheirs ? LibproxyProxies::withoutAccount(proxy) : OwnedText();
-    if (isTheirs && !bare) return false;
-    const bool set = setProxy(easy_.get(), isTheirs ? bare.get() : proxy.get(),
-                              isTheirs ? request_.credentials : nullptr);
-    if (isFirst) firstProxy_ = std::move(proxy);
-    return set;
+    const bool isSame =
+        proxy.url && firstProxy_ && std::strcmp(proxy.url.get(), firstProxy_.get()) == 0;
+    const bool isTheirs = proxy.url && (isFirst || isSame);
+    const bool set = setProxy(easy(), proxy, isTheirs ? request_.credentials : nullptr);
+    if (isFirst) firstProxy_ = std::move(proxy.url);
+    return set ? Parsed::Done : Parsed::NoMemory;
 }
 
-void CurlStream::waitUntilOpen(int milliseconds) {
-    pumpUntil([this] { return status_ != StreamStatus::Opening; }, milliseconds);
+// `status` is Open where there is something of an answer.
+void HttpStream::fail(StreamStatus status) {
+    finished_ = failed_ = true;
+    status_ = status;
 }
 
-void CurlStream::waitForBytes(int milliseconds) {
-    pumpUntil([this] { return hasBytesAvailable(); }, milliseconds);
-}
-
-int32_t CurlStream::read(void* buffer, uint32_t size) {
+int32_t HttpStream::read(void* buffer, uint32_t size) {
     while (!hasBytesAvailable()) pump(kReadWait);
     const uint32_t taken = buffer_.take(buffer, size);
     if (taken > 0) return static_cast<int32_t>(taken);
-    status_ = failed_ ? StreamStatus::Error : StreamStatus::AtEnd;
     return failed_ ? -1 : 0;
 }
 
-int32_t CurlStream::responseCode() const {
+int32_t HttpStream::responseCode() const {
     if (proxyRefusedTunnel()) return kProxyAuthenticationRequired;
     long code = 0;
-    curl_easy_getinfo(easy_.get(), CURLINFO_RESPONSE_CODE, &code);
+    curl_easy_getinfo(easy(), CURLINFO_RESPONSE_CODE, &code);
     return static_cast<int32_t>(code);
 }
 
-bool CurlStream::hasResponseHeader(const char* name, const char* value) const {
-    const curl_header* header = responseHeader(name);
-    return header != nullptr && std::strcmp(header->value, value) == 0;
-}
-
-int64_t CurlStream::announcedLength() const {
-    curl_off_t length = -1;
-    curl_easy_getinfo(easy_.get(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
-    return length;
-}
-
-std::unique_ptr<ProxyAuthentication> CurlStream::proxyAuthentication() const {
+OwnedAuthentication HttpStream::takeProxyAuthentication() {
     long schemes = CURLAUTH_NONE;
-    curl_easy_getinfo(easy_.get(), CURLINFO_PROXYAUTH_AVAIL, &schemes);
+    curl_easy_getinfo(easy(), CURLINFO_PROXYAUTH_AVAIL, &schemes);
     if (schemes == CURLAUTH_NONE) return nullptr;
-    return std::unique_ptr<ProxyAuthentication>(new (std::nothrow)
-                                                    CurlProxyAuthentication(schemes));
+    transfer_.stop();
+    return OwnedAuthentication(new (std::nothrow)
+                                   ProxyAuthentication(schemes, std::move(transfer_)));
 }
 
 // Called when the connection stands and the request goes out next.
-int CurlStream::onConnected(void* self, char*, char*, int, int) {
-    static_cast<CurlStream*>(self)->status_ = StreamStatus::Open;
+int HttpStream::onConnected(void* self, char*, char*, int, int) {
+    static_cast<HttpStream*>(self)->status_ = StreamStatus::Open;
     return CURL_PREREQFUNC_OK;
 }
 
 // Called for every header line, the empty one that ends a header block, and trailers behind a body.
-size_t CurlStream::onHeaderLine(char* line, size_t, size_t size, void* self) {
-    auto* stream = static_cast<CurlStream*>(self);
+size_t HttpStream::onHeaderLine(char* line, size_t, size_t size, void* self) {
+    auto* stream = static_cast<HttpStream*>(self);
+    stream->headersBegan_ = true;
     if (*line == '\r' || *line == '\n') stream->headersEnded_ = true;
     if (size > 5 && std::memcmp(line, "HTTP/", 5) == 0) stream->headersEnded_ = false;
     return size;
 }
 
-size_t CurlStream::onBody(char* bytes, size_t, size_t size, void* self) {
-    auto* stream = static_cast<CurlStream*>(self);
+size_t HttpStream::onBody(char* bytes, size_t, size_t size, void* self) {
+    auto* stream = static_cast<HttpStream*>(self);
     if (stream->isRedirectResponse()) return size;  // nobody reads a redirect's text
     if (stream->buffer_.full()) {
         stream->paused_ = true;
@@ -248,7 +254,7 @@ size_t CurlStream::onBody(char* bytes, size_t, size_t size, void* self) {
 
 // Pumps until the answer is known or the time is up, however often the sockets stir meanwhile.
 template <class Known>
-void CurlStream::pumpUntil(Known known, int milliseconds) {
+void HttpStream::pumpUntil(Known known, int milliseconds) {
     using Clock = std::chrono::steady_clock;
     const Clock::time_point deadline = Clock::now() + std::chrono::milliseconds(milliseconds);
     perform();
@@ -260,88 +266,142 @@ void CurlStream::pumpUntil(Known known, int milliseconds) {
 }
 
 // Waits up to `milliseconds` for something to do, and does it.
-void CurlStream::pump(int milliseconds) {
-    if (!paused_) curl_multi_poll(multi_.get(), nullptr, 0, milliseconds, nullptr);
+void HttpStream::pump(int milliseconds) {
+    if (!paused_) curl_multi_poll(multi(), nullptr, 0, milliseconds, nullptr);
     perform();
 }
 
 // Lets libcurl do what it can do without waiting.
-void CurlStream::perform() {
+void HttpStream::perform() {
     if (paused_ && !buffer_.full()) {
         paused_ = false;
-        curl_easy_pause(easy_.get(), CURLPAUSE_CONT);
+        curl_easy_pause(easy(), CURLPAUSE_CONT);
     }
     int count = 0;
-    curl_multi_perform(multi_.get(), &count);
-    while (const CURLMsg* message = curl_multi_info_read(multi_.get(), &count)) {
+    if (curl_multi_perform(multi(), &count) != CURLM_OK) fail(StreamStatus::Open);
+    while (const CURLMsg* message = curl_multi_info_read(multi(), &count)) {
         if (message->msg == CURLMSG_DONE) finish(message->data.result);
     }
 }
 
-void CurlStream::finish(CURLcode result) {
+void HttpStream::finish(CURLcode result) {
     char* target = nullptr;
-    curl_easy_getinfo(easy_.get(), CURLINFO_REDIRECT_URL, &target);
+    curl_easy_getinfo(easy(), CURLINFO_REDIRECT_URL, &target);
     if (result == CURLE_OK && isWhole() && isRedirectResponse() && target != nullptr) {
         followRedirect(target);
         return;
     }
     finished_ = true;
-    failed_ = !proxyRefusedTunnel() && (result != CURLE_OK || !isWhole());
-    if (!failed_) {
-        status_ = StreamStatus::Open;  // until it has been read to its end
-    } else if (buffer_.empty()) {
-        status_ = StreamStatus::Error;
-    }
+    failed_ = !proxyRefusedTunnel() && (result != CURLE_OK || !isWhole() || !isDelivered());
+    // Open until it has been read to its end, or to where it breaks off.
+    const bool began = !failed_ || headersBegan_ || !isSilence(result) || hasPartOfALine(result);
+    status_ = began ? StreamStatus::Open : StreamStatus::Error;
+}
+
+// Whether a connection that libcurl calls empty broke off within the first line of an answer.
+// (Under TLS, what came may be no more than the handshake.)
+bool HttpStream::hasPartOfALine(CURLcode result) const {
+    const bool brokeOff = result == CURLE_GOT_NOTHING || result == CURLE_RECV_ERROR;
+    return brokeOff && hasHttpScheme(url_.get()) && *transfer_.received;
 }
 
 // False for what libcurl lets pass: a connection that ended within the headers, and a length that
 // it could not read and therefore did not check.
-bool CurlStream::isWhole() const {
-    const bool hasUnknownLength =
-        responseHeader("Content-Length") != nullptr && announcedLength() < 0;
+bool HttpStream::isWhole() const {
+    curl_off_t length = -1;
+    curl_easy_getinfo(easy(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
+    const bool hasUnknownLength = responseHeader("Content-Length") != nullptr && length < 0;
     return headersEnded_ && (!hasUnknownLength || responseHeader("Transfer-Encoding") != nullptr);
 }
 
-// A 407 to the CONNECT of an https URL is a response like any other; libcurl calls it a failure.
-bool CurlStream::proxyRefusedTunnel() const {
+// False when an answer other than a refusal came to a request whose body had not gone out whole: a
+// server may not wait for it, and some schemes begin with a request without one that is only meant
+// to be refused, but a proxy may let it pass.
+bool HttpStream::isDelivered() const {
+    if (!hasBody_) return true;
+    curl_off_t sent = 0;
     long code = 0;
-    curl_easy_getinfo(easy_.get(), CURLINFO_HTTP_CONNECTCODE, &code);
+    curl_easy_getinfo(easy(), CURLINFO_SIZE_UPLOAD_T, &sent);
+    curl_easy_getinfo(easy(), CURLINFO_RESPONSE_CODE, &code);
+    return sent >= static_cast<curl_off_t>(request_.body.size()) || code >= 300;
+}
+
+// A 407 to the CONNECT of an https URL is a response like any other; libcurl calls it a failure.
+bool HttpStream::proxyRefusedTunnel() const {
+    long code = 0;
+    curl_easy_getinfo(easy(), CURLINFO_HTTP_CONNECTCODE, &code);
     return code == kProxyAuthenticationRequired;
 }
 
-const curl_header* CurlStream::responseHeader(const char* name) const {
+const curl_header* HttpStream::responseHeader(const char* name) const {
     curl_header* header = nullptr;
-    const CURLHcode found = curl_easy_header(easy_.get(), name, 0, CURLH_HEADER, -1, &header);
+    const CURLHcode found = curl_easy_header(easy(), name, 0, CURLH_HEADER, -1, &header);
     return found == CURLHE_OK ? header : nullptr;
 }
 
-bool CurlStream::isRedirectResponse() const {
+bool HttpStream::isRedirectResponse() const {
     long code = 0;
-    curl_easy_getinfo(easy_.get(), CURLINFO_RESPONSE_CODE, &code);
+    curl_easy_getinfo(easy(), CURLINFO_RESPONSE_CODE, &code);
     return isRedirect(code) && responseHeader("Location") != nullptr;
 }
 
-void CurlStream::followRedirect(const char* target) {
-    const bool allowed = isHttps(target) || (isHttp(target) && !isHttps(url_.get()));
-    const OwnedText next = copyText(target);
+void HttpStream::followRedirect(const char* target) {
+    const bool allowed =
+        hasHttpsScheme(target) || (hasHttpScheme(target) && !hasHttpsScheme(url_.get()));
+    const OwnedText next = encodeBlanks(target);
     if (responseCode() == kSeeOther) becomeGet();
-    curl_multi_remove_handle(multi_.get(), easy_.get());
+    transfer_.stop();
     if (allowed && next && ++redirects_ <= kMaxRedirects && begin(next.get())) return;
-    finished_ = failed_ = true;
-    status_ = StreamStatus::Error;
+    fail(StreamStatus::Open);
 }
 
-void CurlStream::becomeGet() {
-    curl_easy_setopt(easy_.get(), CURLOPT_HTTPGET, 1L);
-    curl_easy_setopt(easy_.get(), CURLOPT_CUSTOMREQUEST, "GET");
+void HttpStream::becomeGet() {
+    hasBody_ = false;
+    curl_easy_setopt(easy(), CURLOPT_HTTPGET, 1L);
+    curl_easy_setopt(easy(), CURLOPT_CUSTOMREQUEST, "GET");
 }
 
-}  // namespace
+void ProxyAuthenticationDeleter::operator()(ProxyAuthentication* authentication) const {
+    delete authentication;
+}
 
-std::unique_ptr<HttpStream> createHttpStream(const HttpRequest& request) {
-    std::unique_ptr<CurlStream> stream(new (std::nothrow) CurlStream(request));
-    if (!stream || !stream->prepare()) return nullptr;
+bool requiresUserNameAndPassword(const ProxyAuthentication& authentication) {
+    return authentication.scheme() != CURLAUTH_NONE;
+}
+
+void HttpStreamDeleter::operator()(HttpStream* stream) const { delete stream; }
+
+OwnedStream openStream(const HttpRequest& request) {
+    OwnedStream stream(new (std::nothrow) HttpStream(request));
+    if (!stream || !stream->start()) return nullptr;
     return stream;
+}
+
+StreamStatus statusOf(const HttpStream& stream) { return stream.status(); }
+
+bool hasBytesAvailable(const HttpStream& stream) { return stream.hasBytesAvailable(); }
+
+void waitUntilOpen(HttpStream& stream, int milliseconds) {
+    stream.pumpUntil([&] { return stream.status() != StreamStatus::Opening; }, milliseconds);
+}
+
+void waitForBytes(HttpStream& stream, int milliseconds) {
+    stream.pumpUntil([&] { return stream.hasBytesAvailable(); }, milliseconds);
+}
+
+int32_t readBody(HttpStream& stream, void* buffer, uint32_t size) {
+    return stream.read(buffer, size);
+}
+
+int32_t responseCode(const HttpStream& stream) { return stream.responseCode(); }
+
+bool hasResponseHeader(const HttpStream& stream, const char* name, const char* value) {
+    const curl_header* header = stream.responseHeader(name);
+    return header != nullptr && std::strcmp(header->value, value) == 0;
+}
+
+OwnedAuthentication takeProxyAuthentication(HttpStream& stream) {
+    return stream.takeProxyAuthentication();
 }
 
 }  // namespace velnor::platform

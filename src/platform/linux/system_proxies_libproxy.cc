@@ -1,17 +1,44 @@
-// Proxy settings on Linux through libproxy.
 #include "platform/linux/system_proxies_libproxy.h"
+
+#include <proxy.h>
 
 #include <cstdlib>
 #include <cstring>
+#include <initializer_list>
 #include <new>
+#include <utility>
 
-#include "api/last_error.h"
+#include "api/result/last_error.h"
+#include "platform/linux/bounded_call.h"
 #include "support/format.h"
+#include "support/text.h"
+#include "support/url.h"
 #include "velnor/capi.h"
 
 namespace velnor::platform {
+
+// What a thread that asks libproxy needs; whoever is last to let it go ends it.
+struct Libproxy {
+    pxProxyFactory* factory = nullptr;
+    OwnedText origin;
+    OwnedText answer;
+    bool outOfMemory = false;
+
+    Libproxy() = default;
+    ~Libproxy() {
+        if (factory != nullptr) px_proxy_factory_free(factory);
+    }
+    Libproxy(const Libproxy&) = delete;
+    Libproxy& operator=(const Libproxy&) = delete;
+
+    void ask();
+};
+
 namespace {
 
+using Parsed = ProxyAddress::Parsed;
+
+constexpr std::chrono::seconds kLimit{15};
 constexpr char kDirect[] = "direct://";
 constexpr char kSocks[] = "socks://";
 
@@ -19,86 +46,121 @@ struct ProxyListDeleter {
     void operator()(char** list) const { px_proxy_factory_free_proxies(list); }
 };
 
-bool beginsWith(const char* text, const char* prefix) {
-    return std::strncmp(text, prefix, std::strlen(prefix)) == 0;
-}
-
-OwnedText copyText(const char* text, size_t length) {
-    OwnedText copy;
-    _vn_snprintf(copy.out(), 0, "%.*s", static_cast<int>(length), text);
-    return copy;
-}
-
-// Where the host begins in "[user:password@]host[:port][/]".
-const char* hostOf(const char* authority) {
-    const char* host = authority;
-    for (const char* c = authority; *c != '\0' && *c != '/'; ++c) {
-        if (*c == '@') host = c + 1;
+// The first of some variables that is set to something; null when none is.
+const char* variable(std::initializer_list<const char*> names) {
+    for (const char* name : names) {
+        const char* value = std::getenv(name);
+        if (value != nullptr && *value != '\0') return value;
     }
-    return host;
+    return nullptr;
 }
 
-// Takes "[user:password@]host[:port][/]" apart; the host of "[::1]:80" is "::1".
-OwnedText splitAuthority(const char* authority, int32_t* port) {
-    authority = hostOf(authority);
-    const bool bracketed = *authority == '[';
-    const char* host = bracketed ? authority + 1 : authority;
-    const char* hostEnd = host + std::strcspn(host, bracketed ? "]" : ":/");
-    const char* colon = bracketed && *hostEnd == ']' ? hostEnd + 1 : hostEnd;
-    if (*colon == ':') *port = std::atoi(colon + 1);
-    return hostEnd == host ? OwnedText() : copyText(host, static_cast<size_t>(hostEnd - host));
+// The proxy that the environment names for URLs of this kind, as curl(1) looks for it.
+const char* ownVariable(const char* origin) {
+    return isHttpsUrl(origin) ? variable({"https_proxy", "HTTPS_PROXY"}) : variable({"http_proxy"});
+}
+
+bool hasScheme(const char* address) { return behindScheme(address) != nullptr; }
+
+// As curl(1) reads it, with the exceptions that go with it.
+Parsed parseVariable(const char* value, ProxyAddress* proxy) {
+    const char* except = variable({"no_proxy", "NO_PROXY"});
+    if (except != nullptr) proxy->except = copyText(except);
+    return except != nullptr && !proxy->except ? Parsed::NoMemory : proxy->parse(value);
+}
+
+// What libproxy calls a SOCKS proxy resolves the names, as others do.
+Parsed parseAnswer(const char* answer, ProxyAddress* proxy) {
+    if (!beginsWith(answer, kSocks)) return proxy->parse(answer);
+    OwnedText socks;
+    const int32_t length =
+        _vn_snprintf(socks.out(), 0, "socks5h://%s", answer + std::strlen(kSocks));
+    return length != 0 ? proxy->parse(socks.get()) : Parsed::NoMemory;
 }
 
 }  // namespace
 
-bool LibproxyProxies::proxyFor(const char* url, OwnedText* proxy) const {
-    *proxy = OwnedText();
+// libproxy is C++ behind its C interface and lets what it meets pass.
+void Libproxy::ask() try {
+    answer = OwnedText();
+    outOfMemory = false;
+    if (factory == nullptr) factory = px_proxy_factory_new();
+    if (factory == nullptr) return;
     const std::unique_ptr<char*, ProxyListDeleter> list(
-        px_proxy_factory_get_proxies(factory_, url));
+        px_proxy_factory_get_proxies(factory, origin.get()));
     // The first entry is the one to use; the caller has its own second attempt.
     const char* first = list ? list.get()[0] : nullptr;
-    if (first == nullptr || beginsWith(first, kDirect)) return true;
-    const bool isSocks = beginsWith(first, kSocks);
-    return _vn_snprintf(proxy->out(), 0, "%s%s", isSocks ? "socks5h://" : "",
-                        isSocks ? first + std::strlen(kSocks) : first) != 0;
+    if (first == nullptr || beginsWith(first, kDirect)) return;
+    answer = copyText(first);
+    outOfMemory = !answer;
+} catch (...) {
+    outOfMemory = true;
 }
 
-OwnedText LibproxyProxies::withoutAccount(const OwnedText& proxy) {
-    const char* separator = std::strstr(proxy.get(), "://");
-    const char* authority = separator != nullptr ? separator + 3 : proxy.get();
-    OwnedText plain;
-    _vn_snprintf(plain.out(), 0, "%.*s%s", static_cast<int>(authority - proxy.get()), proxy.get(),
-                 hostOf(authority));
-    return plain;
-}
+SystemProxies::SystemProxies(std::shared_ptr<Libproxy> libproxy) : libproxy_(std::move(libproxy)) {}
 
-OwnedText LibproxyProxies::configuredHost(ProxyProtocol protocol, const char* url,
-                                          int32_t* port) const {
-    OwnedText proxy;
-    if (!proxyFor(url, &proxy)) return {};
-    // A proxy that is off for this URL's host still shows for a host that nobody excludes.
-    if (!proxy && !proxyFor(protocol == ProxyProtocol::Https ? "https://host.invalid/"
-                                                             : "http://host.invalid/",
-                            &proxy)) {
-        return {};
+// Stores libproxy's answer for an origin; null when it is to connect directly.
+Parsed SystemProxies::ask(const char* origin, const char** answer) const {
+    *answer = nullptr;
+    if (!libproxy_) return Parsed::Done;
+    // What it said once holds: a script may say another proxy each time, and the password for one
+    // must not go to the other.
+    const bool isAsked = libproxy_->origin && std::strcmp(libproxy_->origin.get(), origin) == 0;
+    if (!isAsked) {
+        libproxy_->origin = copyText(origin);
+        if (!libproxy_->origin) return Parsed::NoMemory;
+        const Call call = runWithin(kLimit, [libproxy = libproxy_] { libproxy->ask(); });
+        if (call == Call::TimedOut) {
+            libproxy_.reset();
+            return Parsed::Done;
+        }
+        if (call == Call::NotStarted || libproxy_->outOfMemory) {
+            libproxy_->origin = OwnedText();
+            return Parsed::NoMemory;
+        }
     }
-    const char* separator = proxy ? std::strstr(proxy.get(), "://") : nullptr;
-    return separator != nullptr ? splitAuthority(separator + 3, port) : OwnedText();
+    *answer = libproxy_->answer.get();
+    return Parsed::Done;
 }
 
-std::unique_ptr<SystemProxies> copySystemProxies() {
-    pxProxyFactory* factory = nullptr;
+Parsed SystemProxies::proxyFor(const char* url, ProxyAddress* proxy) const {
+    *proxy = ProxyAddress();
+    // No more of the URL: libproxy would take an "@" in a path for the end of an account, and a
+    // script has no use for what is asked of a server.
+    const OwnedText origin = originOf(url);
+    if (!origin) return Parsed::NoMemory;
+    const char* own = ownVariable(origin.get());
+    // What libproxy does not read as curl does: an address without a scheme, which it hands on in
+    // some cases and not in others, and a proxy for everything.
+    if (own != nullptr && !hasScheme(own)) return parseVariable(own, proxy);
+    const char* answer = nullptr;
+    if (ask(origin.get(), &answer) != Parsed::Done) return Parsed::NoMemory;
+    if (answer != nullptr && hasScheme(answer)) return parseAnswer(answer, proxy);
+    const char* all = own == nullptr ? variable({"all_proxy", "ALL_PROXY"}) : nullptr;
+    return all != nullptr ? parseVariable(all, proxy) : Parsed::Done;
+}
+
+OwnedText configuredProxyHost(const SystemProxies& proxies, ProxyProtocol protocol, const char* url,
+                              int32_t* port) {
+    const char* anyUrl =
+        protocol == ProxyProtocol::Https ? "https://host.invalid/" : "http://host.invalid/";
+    ProxyAddress proxy;
+    if (proxies.proxyFor(url, &proxy) != Parsed::Done) return {};
+    // A proxy that is off for this URL's host still shows for a host that nobody excludes.
+    if (!proxy.url && proxies.proxyFor(anyUrl, &proxy) != Parsed::Done) return {};
+    if (proxy.host) *port = proxy.port;
+    return std::move(proxy.host);
+}
+
+OwnedProxies copySystemProxies() {
     try {
-        factory = px_proxy_factory_new();
-    } catch (...) {
-        // libproxy is C++ behind its C interface and lets what it meets pass.
+        return OwnedProxies(new SystemProxies(std::make_shared<Libproxy>()));
+    } catch (const std::bad_alloc&) {
         _vn_setLastError(INSTALL_ERROR_INSUFFICIENTMEMORY);
         return nullptr;
     }
-    if (factory == nullptr) return nullptr;
-    std::unique_ptr<SystemProxies> proxies(new (std::nothrow) LibproxyProxies(factory));
-    if (!proxies) px_proxy_factory_free(factory);
-    return proxies;
 }
+
+void SystemProxiesDeleter::operator()(SystemProxies* proxies) const { delete proxies; }
 
 }  // namespace velnor::platform
