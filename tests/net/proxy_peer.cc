@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
+#include <algorithm>
 #include <sstream>
 
 #include "harness/files.h"
@@ -32,9 +33,12 @@ std::vector<std::string> ProxyPeer::requests() const {
     return lines;
 }
 
-void ProxyPeer::expectRequests(const std::vector<std::string>& expected) const {
+void ProxyPeer::expectRequests(std::vector<std::string> expected) const {
     harness::eventually([&] { return requests().size() >= expected.size(); });
-    EXPECT_EQ(requests(), expected);
+    std::vector<std::string> seen = requests();
+    std::sort(seen.begin(), seen.end());
+    std::sort(expected.begin(), expected.end());
+    EXPECT_EQ(seen, expected);
 }
 
 void startKeyring() {

@@ -19,8 +19,9 @@ class ProxyPeer {
     /// "METHOD status" of every request so far. One that has just been answered may not show yet.
     std::vector<std::string> requests() const;
 
-    /// Waits until as many requests show, and compares them.
-    void expectRequests(const std::vector<std::string>& expected) const;
+    /// Waits until as many requests show, and compares them: in any order, since those of two
+    /// connections are logged as their processes come to it.
+    void expectRequests(std::vector<std::string> expected) const;
 
   private:
     std::string folder_;
