@@ -93,13 +93,12 @@ Body repeat(Fetch fetch, End end) {
     };
 }
 
-// At least one and a half times as many requests a second.
-void addKept(const std::string& name, Processor processor) {
+void addKept(const std::string& name, Processor processor, double maxRatio) {
     compare(
         name, [processor](benchmark::State& state) { repeatKept<KeptSocket>(state, processor); },
         "libcurl",
         [processor](benchmark::State& state) { repeatKept<KeptHandle>(state, processor); },
-        {Limit::Kind::MaxRatio, 1 / 1.5});
+        {Limit::Kind::MaxRatio, maxRatio});
 }
 
 void addLarge(const std::string& name, End end) {
@@ -110,8 +109,10 @@ void addLarge(const std::string& name, End end) {
 }  // namespace
 
 void addSocketHttp() {
-    addKept("plain HTTP client, JSON, one processor", Processor::Servers);
-    addKept("plain HTTP client, JSON, two processors", Processor::Other);
+    // Across two processors most of the time goes into waking the other side, which is the same for
+    // both.
+    addKept("plain HTTP client, JSON, one processor", Processor::Servers, 1 / 1.5);
+    addKept("plain HTTP client, JSON, two processors", Processor::Other, 0.9);
     addLarge("plain HTTP client, 10 MiB, with length", End::Length);
     addLarge("plain HTTP client, 10 MiB, until closed", End::Close);
 }
