@@ -11,7 +11,7 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-const char* const kPath = "/tmp/a file";
+const char* const kPath = "/tmp/a_-Z9 file";
 const char* const kErase = "";
 
 // Deletes for kErase, else downloads to there.
@@ -25,9 +25,9 @@ uint32_t run(const char* path, DownloadOptions options = {}) {
 TEST(DownloadOptions, BecomeFragmentsInTheirOrder) {
     const std::string user(100, 'u'), password(90, 'p');
     std::vector<std::pair<DownloadOptions, std::string>> rows(2);
-    rows[0] = {{9, ~0U, -1, kPath, 9, "a=b; c", "", "user", "p\xc3\xa9?\?>", INT32_MAX, 9, 9},
-               "&targetspeed=-1&delayhttp=2147483647&checkcontentmd5&path=%2ftmp%2fa%20file"
-               "&backgroundDownload=1&cookiestring=a%3db%3b%20c&queryauth="
+    rows[0] = {{9, ~0U, -1, kPath, 9, "~z.@[`{", "", "user", "p\xc3\xa9?\?>", INT32_MAX, 9, 9},
+               "&targetspeed=-1&delayhttp=2147483647&checkcontentmd5&path=%2ftmp%2fa_-Z9%20file"
+               "&backgroundDownload=1&cookiestring=%7ez.%40%5b%60%7b&queryauth="
                "&basicauth=dXNlcjpww6k%2fPz4%3d&wait=1&originonly"};
     rows[1].first.basicAuthUser = user.c_str();  // alone
     // By their numbers, which programs that are already built hold.
@@ -63,7 +63,7 @@ std::string requestsTo(const ScriptedClient& client) {
 
 // Challenges, resets, files in use, and failures before the last request.
 TEST(Conversation, GoesLikeThis) {
-    const std::string paused = R"({"status":"PAUSED","path":"\/tmp\/a file"})";
+    const std::string paused = R"({"status":"PAUSED","path":"\/tmp\/a_-Z9 file"})";
     const std::string reset = R"({"status":"PAUSED","resetdownload":true})";
     const std::string challenge = textReply("Challenge:abc");
     const auto begin = std::chrono::steady_clock::now();

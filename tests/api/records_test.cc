@@ -15,8 +15,8 @@ using Numbers = std::vector<int64_t>;
 
 TEST(FileAttributes, HoldWhatTheClientSaid) {
     const ScriptedClient client({{"getFileAttributes",
-                                  {R"({"status":"complete","path" : "\/tmp\/x y","size":1000,
-"uniquerecv":9007199254740993,"progress":-1,"downloadrate":44,"errorstring":"a\"b",
+                                  {R"({"status":"complete","path" : "\/\b\f\r\t\u0041 y",
+"size":  1000,"uniquerecv":9007199254740993,"progress":-1,"downloadrate":44,"errorstring":"a\"b",
 "error":7.9,"suberror":99999999999999999999,"verifiedcontentmd5":""})",
                                    R"({"status":"PAUSED"})", ""}}});
     const Handle handle;
@@ -28,7 +28,7 @@ TEST(FileAttributes, HoldWhatTheClientSaid) {
                        file.downloadrate, file.error, file.suberror}),
               (Numbers{3, 5, 1000, 9007199254740993, 0, 44, 7, INT64_MAX}));
     EXPECT_STREQ(file.url, kUrl);
-    EXPECT_STREQ(file.path, "/tmp/x y");
+    EXPECT_STREQ(file.path, "/\b\f\r\tu0041 y");
     EXPECT_STREQ(file.errorstring, "a") << "an escaped quote ends a text";
     EXPECT_STREQ(file.verifiedcontentmd5, "");
     // What is in the record is released by the next call, whatever becomes of it; the leak checker

@@ -1,7 +1,6 @@
 // The linker sends malloc and realloc of the objects in the test through here.
 #include "harness/allocations.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <new>
@@ -11,12 +10,10 @@ namespace {
 thread_local bool t_watching = false;
 thread_local size_t t_number = 0;
 thread_local size_t t_count = 0;
-thread_local size_t t_largest = 0;
 thread_local size_t t_bytes = 0;
 
 bool fails(size_t size) {
     if (!t_watching) return false;
-    t_largest = std::max(t_largest, size);
     t_bytes += size;
     return ++t_count == t_number;
 }
@@ -59,14 +56,12 @@ namespace harness {
 
 FailingAllocation::FailingAllocation(size_t number) {
     t_number = number;
-    t_count = t_largest = t_bytes = 0;
+    t_count = t_bytes = 0;
     t_watching = true;
 }
 
 FailingAllocation::~FailingAllocation() { t_watching = false; }
 
-size_t FailingAllocation::count() const { return t_count; }
-size_t FailingAllocation::largest() const { return t_largest; }
 size_t FailingAllocation::bytes() const { return t_bytes; }
 bool FailingAllocation::end() {
     t_watching = false;

@@ -15,9 +15,7 @@ class FailingAllocation {
     FailingAllocation(const FailingAllocation&) = delete;
     FailingAllocation& operator=(const FailingAllocation&) = delete;
 
-    /// Allocations so far, bytes of the largest one, and of all together.
-    size_t count() const;
-    size_t largest() const;
+    /// Of all allocations so far together.
     size_t bytes() const;
 
     /// Ends the watch; true when the chosen allocation was reached.
