@@ -49,6 +49,7 @@ TEST(Support, CallsThatGiveNothingLeaveTheirCode) {
         {1, [&] { return _vn_writeToLogFile(nullptr, "s", "f", 1, 0, "text"), false; }},
         {1, [&] { return _vn_writeToLogFile("l", nullptr, "f", 1, 0, "text"), false; }},
         {1, [&] { return _vn_writeToLogFile("l", "s", "", 1, 0, "text"), false; }},
+        {0, [&] { return velnor::OwnedText(velnor::shellWord("")).get() != std::string("''"); }},
         {4, [&] { return _vn_getInstallPath(buffer, 20) != 0 || *buffer != 'u'; }},
         {4, [&] { return _vn_snprintf(&text, 0, "%ls", unencodable) != 0 || text != nullptr; }},
         {7, [&] { return _vn_readFile("/no/such", buffer, 4, "r"); }},
