@@ -1,14 +1,19 @@
-// Every operation: its requests as they go over the wire, its arguments, and what it makes of every
-// kind of reply.
+// Every operation: its requests as they go over the wire, its arguments and options, what it makes
+// of every kind of reply, conversations that are longer than a request and a reply, and the
+// records.
+#include <chrono>
+#include <filesystem>
 #include <string>
 #include <vector>
 
 #include "api/client.h"
+#include "harness/files.h"
 
 namespace test {
 namespace {
 
-using Paths = std::vector<std::string>;
+using Texts = std::vector<std::string>;
+using Numbers = std::vector<int64_t>;
 
 // How an operation is asked, the request that it is judged by, and one before or after that.
 const struct Operation {
@@ -47,7 +52,7 @@ TEST(Operation, AsksExactlyThisOnOneConnection) {
     const ScriptedClient client(kWilling);
     const Handle handle;
     EXPECT_EQ(client.connections(), 1U) << "for the ping";
-    Paths expected;
+    Texts expected;
     for (const auto& [call, before, judged, after] : kOperations) {
         EXPECT_EQ(outcome(call(handle, kUrl, 7)), 0U) << judged;
         for (const std::string& path : {before, judged, after}) {
@@ -85,7 +90,7 @@ TEST(Operation, SendsNothingForBadArguments) {
           vn_cleanAttributes(nullptr, &record, 0), vn_cleanAttributes(handle, &record, 1)}) {
         EXPECT_EQ(outcome(result), 1U);
     }
-    EXPECT_EQ(client.paths(), Paths{});
+    EXPECT_EQ(client.paths(), Texts{});
 }
 
 TEST(Operation, MakesThisOfEachReply) {
@@ -117,6 +122,174 @@ TEST(Operation, MakesThisOfEachReply) {
                 << operation.judged << ": " << body;
         }
     }
+}
+
+const char* const kPath = "/tmp/a_-Z9 file";
+const char* const kErase = "";
+
+// Deletes for kErase, else downloads to there.
+uint32_t run(const char* path, DownloadOptions options = {}) {
+    const Handle handle;
+    options.path = path;
+    return outcome(path == kErase ? vn_deleteFile(handle, 7, kUrl, nullptr)
+                                  : vn_downloadFile(handle, 7, kUrl, &options));
+}
+
+TEST(DownloadOptions, BecomeFragmentsInTheirOrder) {
+    const std::string user(100, 'u'), password(90, 'p');
+    std::vector<std::pair<DownloadOptions, std::string>> rows(2);
+    rows[0] = {{9, ~0U, -1, kPath, 9, "~z.@[`{", "", "user", "p\xc3\xa9?\?>", INT32_MAX, 9, 9},
+               "&targetspeed=-1&delayhttp=2147483647&checkcontentmd5&path=%2ftmp%2fa_-Z9%20file"
+               "&backgroundDownload=1&cookiestring=%7ez.%40%5b%60%7b&queryauth="
+               "&basicauth=dXNlcjpww6k%2fPz4%3d&wait=1&originonly"};
+    rows[1].first.basicAuthUser = user.c_str();  // alone
+    // By their numbers, which programs that are already built hold.
+    DownloadOptions options{};
+    options.flags = 1;
+    for (const char* fragment : {"&targetspeed=0", "&backgroundDownload=1", "&wait=1",
+                                 "&delayhttp=0", "&originonly", "", "&checkcontentmd5"}) {
+        rows.emplace_back(options, fragment);
+        options.flags *= 2;
+    }
+    const ScriptedClient client(kWilling);
+    Texts expected;
+    for (const auto& [given, fragments] : rows) {
+        EXPECT_EQ(run(given.path, given), 0U);
+        expected.insert(expected.end(), {"downloadFile" + kQuery + fragments, kAsk});
+    }
+    EXPECT_EQ(client.paths(), expected);
+    options = rows[1].first;
+    for (const uint32_t tooLong : {1U, 0U}) {
+        options.basicAuthPassword = &password[2 - tooLong];
+        EXPECT_EQ(run(nullptr, options), tooLong) << "of 190 bytes with the colon, and of 189";
+    }
+}
+
+// Requests in short: "a" asks for the attributes, "o" orders, "r" orders to begin anew.
+std::string requestsTo(const ScriptedClient& client) {
+    std::string all;
+    for (const std::string& path : client.paths()) {
+        all += path == kAsk ? 'a' : path.ends_with("&resetdownload=1") ? 'r' : 'o';
+    }
+    return all;
+}
+
+// Challenges, resets, files in use, and failures before the last request.
+TEST(Conversation, GoesLikeThis) {
+    const std::string paused = R"({"status":"PAUSED","path":"\/tmp\/a_-Z9 file"})";
+    const std::string reset = R"({"status":"PAUSED","resetdownload":true})";
+    const std::string challenge = textReply("Challenge:abc");
+    const auto begin = std::chrono::steady_clock::now();
+    const struct {
+        const char* path;
+        Texts attributes, orders;
+        uint32_t code;
+        const char* requests;
+        std::string file = "before";
+    } rows[] = {
+        {kPath, {paused}, {textReply("Challenge:"), kNull}, 0, "ooa", ""},
+        // Escaped by JSON, and again.
+        {kPath, {paused}, {textReply(R"(Challenge:a\\n\\\\)"), "{}"}, 3, "ooa", "a\n\\"},
+        {kPath, {paused}, {challenge, challenge}, 3, "ooa", "abc"},
+        {kPath, {paused}, {textReply("challenge:a")}, 3, "oa"},
+        {"/tmp/missing/file", {paused}, {challenge, kNull}, 0, "ooa"},
+        {nullptr, {paused}, {challenge}, 3, "oa"},
+        {nullptr, {reset, kAttributes}, {"{}", kNull}, 0, "oara"},
+        {nullptr, {reset}, {kNull, "{}"}, 3, "oara"},
+        {nullptr, {textReply("File not found.")}, {kNull}, 13, "oa"},
+        {kPath, {reset, paused}, {kNull, challenge, kNull}, 0, "oaroa", "abc"},
+        {kErase, {paused}, {challenge, kNull}, 0, "aoo", "abc"},
+        {kErase, {kAttributes}, {challenge}, 3, "ao"},
+        {kErase, {textReply("file not found.")}, {kNull}, 13, "a"},
+        {kErase, {""}, {kNull}, 4, "a"},
+        {kErase, {kAttributes}, {textReply("File is in use. By another.")}, 12, "aooooo"},
+    };
+    for (const auto& [path, attributes, orders, code, requests, file] : rows) {
+        harness::writeFile(kPath, "before");
+        const ScriptedClient client(
+            {{"downloadFile", orders}, {"deleteFile", orders}, {"getFileAttributes", attributes}});
+        EXPECT_EQ(run(path), code) << orders[0];
+        EXPECT_EQ(requestsTo(client), requests);
+        EXPECT_EQ(harness::readFile(kPath), file) << orders[0];
+    }
+    // A second between two orders for the file in use.
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(3980));
+}
+
+TEST(FileAttributes, HoldWhatTheClientSaid) {
+    const ScriptedClient client({{"getFileAttributes",
+                                  {R"({"status":"complete","path" : "\/\b\f\r\t\u0041 y",
+"size":  1000,"uniquerecv":9007199254740993,"progress":-1,"downloadrate":44,"errorstring":"a\"b",
+"error":7.9,"suberror":99999999999999999999,"verifiedcontentmd5":""})",
+                                   R"({"status":"PAUSED"})", ""}}});
+    const Handle handle;
+    FileAttributes file{};
+    file.reserved = 5;
+    EXPECT_EQ(outcome(vn_getFileAttributes(handle, 3, kUrl, &file, 0)), 0U);
+    EXPECT_EQ(file.reserved, 0U);
+    EXPECT_EQ((Numbers{file.cid, file.status, file.size, file.uniquerecv, file.progress,
+                       file.downloadrate, file.error, file.suberror}),
+              (Numbers{3, 5, 1000, 9007199254740993, 0, 44, 7, INT64_MAX}));
+    EXPECT_STREQ(file.url, kUrl);
+    EXPECT_STREQ(file.path, "/\b\f\r\tu0041 y");
+    EXPECT_STREQ(file.errorstring, "a") << "an escaped quote ends a text";
+    EXPECT_STREQ(file.verifiedcontentmd5, "");
+    // What is in the record is released by the next call, whatever becomes of it; the leak checker
+    // looks.
+    EXPECT_EQ(outcome(vn_getFileAttributes(handle, 4, kUrl, &file, 0)), 0U);
+    EXPECT_EQ(file.path, nullptr);
+    EXPECT_EQ(outcome(vn_getFileAttributes(handle, 4, kUrl, &file, 0)), 4U) << "no reply at all";
+    EXPECT_EQ(file.url, nullptr);
+}
+
+TEST(FileAttributes, StatesHaveKeywordsInAnyLetterCaseAndTexts) {
+    std::string texts;
+    int32_t status = 0;
+    for (const std::string keyword :
+         {"COMPLETED", "SEARCHING", "waiting", "DOWNLOADING", "PAUSED", "complete",
+          "InsufficientDiskSpace", "DISCONNECTED", "NOTFOUND", "moving", "FORBIDDEN"}) {
+        const ScriptedClient client({{"getFileAttributes", {R"({"status":")" + keyword + "\"}"}}});
+        const Handle handle;
+        FileAttributes file{};
+        EXPECT_EQ(outcome(vn_getFileAttributes(handle, 0, kUrl, &file, 0)), 0U);
+        EXPECT_EQ(file.status, status) << keyword;
+        vn_cleanFileAttributes(handle, &file, 0);
+        texts += vn_fileStatusToString(status++) + std::string(".");
+    }
+    texts += vn_errorToString(24) + std::string(". ") + vn_errorToString(25);
+    EXPECT_EQ(texts,
+              "Unknown State.Searching.Waiting.Downloading.Paused.Complete.Insufficient Disk Space."
+              "Disconnected.Not Found.Moving.Forbidden.File download was reset. Unknown Error");
+}
+
+TEST(ClientAttributes, HoldWhatTheClientAndTheInstallationSay) {
+    const ScriptedClient client(
+        {{"getClientAttributes",
+          {R"({"isonline":true,"sharerate":11,"downloadrate":22,"version":4294967297,
+"acceptedeula":true,"executableversion":"1.6.5","configurationversion":"c"})",
+           R"({"isonline":True,"acceptedeula":true,"version":7})", ""}}});
+    const Handle handle;
+    const std::string guid = "0123456789abcdef0123456789ABCDEF";
+    harness::makeInstallDirectory();
+    harness::writeFile(harness::installed("guid.ini"), guid + "4");
+    ClientAttributes record{};
+    record.reserved = 5;
+    const auto numbers = [&record] {
+        return Numbers{record.isonline, record.sharerate,    record.downloadrate,
+                       record.version,  record.acceptedeula, static_cast<int64_t>(record.reserved)};
+    };
+    EXPECT_EQ(outcome(vn_getAttributes(handle, 0, &record, 0)), 0U);
+    EXPECT_EQ(numbers(), (Numbers{1, 11, 22, 1, 1, 5})) << "with the version's lower 32 bits";
+    EXPECT_STREQ(record.executableversion, "1.6.5");
+    EXPECT_STREQ(record.configurationversion, "c");
+    EXPECT_EQ(record.guid, guid);
+
+    std::filesystem::remove(harness::installed("guid.ini"));
+    EXPECT_EQ(outcome(vn_getAttributes(handle, 0, &record, 0)), 0U) << "also without it";
+    EXPECT_EQ(record.executableversion, nullptr);
+    EXPECT_EQ(record.guid, nullptr);
+    EXPECT_EQ(outcome(vn_getAttributes(handle, 0, &record, 0)), 4U) << "no reply at all";
+    EXPECT_EQ(numbers(), (Numbers{0, 0, 0, 7, 1, 5})) << "and the record stays";
 }
 
 }  // namespace
