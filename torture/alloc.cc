@@ -6,7 +6,6 @@
 #include <memory>
 #include <set>
 
-#include "api/client.h"
 #include "api/scripted_client.h"
 #include "harness/allocations.h"
 #include "harness/files.h"

@@ -11,6 +11,14 @@
 
 namespace test {
 
+inline const char* const kUrl = "http://a.example/b c";
+inline const char* const kNull = R"({"http://a.example/b c" : null})";
+
+/// A client's error text for kUrl.
+inline std::string textReply(const std::string& text) {
+    return R"({"http:\/\/a.example/b c":")" + text + "\"}";
+}
+
 /// The whole of a reply with a body that is announced.
 std::string reply(const std::string& body);
 

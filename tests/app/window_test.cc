@@ -42,7 +42,7 @@ struct Screen {
     std::string pids;
 };
 
-// Starts the application. Classes of Objective-C are never released (sanitizer_options.cc).
+// Starts the application. Classes of Objective-C are never released (harness/sanitizer_options.cc).
 void start(const std::string& command = INSTALLER) {
     run("rm -f /tmp/status; (LSAN_OPTIONS=detect_leaks=0 " + command +
         " >/tmp/said 2>&1; echo $? >/tmp/status) </dev/null >/dev/null 2>&1 &");

@@ -30,16 +30,6 @@ void* __wrap_realloc(void* block, size_t size) {
 }
 }
 
-// libproxy leaks what it has when an allocation of its own fails, and libsecret the 8 bytes of a
-// weak reference for each item that a search finds. Both are seen only in stacks that are unwound
-// in full.
-extern "C" const char* __asan_default_options();
-extern "C" const char* __asan_default_options() { return "fast_unwind_on_malloc=0"; }
-extern "C" const char* __lsan_default_suppressions();
-extern "C" const char* __lsan_default_suppressions() {
-    return "leak:libproxy.so\nleak:secret_item_new_for_dbus_path\n";
-}
-
 // C++ libraries beneath the engine allocate here as well.
 void* operator new(size_t size, const std::nothrow_t&) noexcept {
     return fails(size) ? nullptr : __real_malloc(size);

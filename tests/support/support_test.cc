@@ -20,6 +20,8 @@
 
 namespace {
 
+using velnor::OwnedText;
+
 TEST(Support, CallsThatGiveNothingLeaveTheirCode) {
     uint8_t bytes[5] = {};
     char buffer[32] = "untouched";
@@ -42,6 +44,7 @@ TEST(Support, CallsThatGiveNothingLeaveTheirCode) {
         {1, [&] { return _vn_easyPluckJSONString("", "a"); }},
         {0, [&] { return _vn_easyPluckJSONString(R"({"a":"open)", "a"); }},
         {0, [&] { return _vn_findJSONValue(R"("a":"first")", "a"); }},
+        {0, [&] { return OwnedText(_vn_copyStringAndUnescape("a\\")).get() != std::string("a"); }},
         {1, [&] { return _vn_easyPluckJSONString("{}", ""); }},
         {1, [&] { return _vn_findJSONValue("{}", nullptr); }},
         {1, [&] { return _vn_findJSONValue(nullptr, "a"); }},
@@ -49,7 +52,7 @@ TEST(Support, CallsThatGiveNothingLeaveTheirCode) {
         {1, [&] { return _vn_writeToLogFile(nullptr, "s", "f", 1, 0, "text"), false; }},
         {1, [&] { return _vn_writeToLogFile("l", nullptr, "f", 1, 0, "text"), false; }},
         {1, [&] { return _vn_writeToLogFile("l", "s", "", 1, 0, "text"), false; }},
-        {0, [&] { return velnor::OwnedText(velnor::shellWord("")).get() != std::string("''"); }},
+        {0, [&] { return OwnedText(velnor::shellWord("")).get() != std::string("''"); }},
         {4, [&] { return _vn_getInstallPath(buffer, 20) != 0 || *buffer != 'u'; }},
         {4, [&] { return _vn_snprintf(&text, 0, "%ls", unencodable) != 0 || text != nullptr; }},
         {7, [&] { return _vn_readFile("/no/such", buffer, 4, "r"); }},
