@@ -1,4 +1,5 @@
-// Whole installations: what a good one does, step by step, and what each failure says.
+// Whole installations: what a good one does, step by step, and what each failure says. Then
+// uninstalling: what the client is told, how long its farewell is awaited, and what is deleted.
 #include <gtest/gtest.h>
 #include <stdlib.h>
 #include <sys/stat.h>
@@ -10,22 +11,25 @@
 #include <string>
 #include <vector>
 
+#include "api/scripted_client.h"
 #include "harness/files.h"
 #include "harness/shell.h"
 #include "install/client_ini.h"
+#include "install/uninstall.h"
 #include "install/verified_download.h"
 #include "install/world.h"
 #include "velnor_deployment.h"
 
 namespace {
 
-using harness::exists;
-using harness::installed;
-using harness::readFile;
+using namespace harness;
+using test::ScriptedClient;
+using Clock = std::chrono::steady_clock;
 using Progress = std::vector<uint32_t>;
 using Texts = std::vector<std::string>;
 namespace fs = std::filesystem;
 
+const std::string kRegistry = installed("appregistry.dat");
 const std::string kInstall = "[info] vn_install: ";
 const std::string kDownload = "[info] _vn_downloadAndWrite: ";
 
@@ -36,14 +40,14 @@ TEST(Install, LeavesAnAnsweringClientAndTellsEveryStep) {
     EXPECT_EQ(done.result, 0);
     EXPECT_EQ(done.code, 0U);
     EXPECT_EQ(done.progress, (Progress{5, 10, 15, 80, 85, 90, 95}));
-    EXPECT_NE(fs::current_path(), harness::kInstallPath);
+    EXPECT_NE(fs::current_path(), kInstallPath);
     EXPECT_EQ(readFile(installed("client.ini")), toText(world.ini));
     EXPECT_EQ(readFile(installed("ksmac_1.6.5")), world.artifacts["ksmac_1.6.5"]);
     EXPECT_EQ(readFile(installed("ui-tool")), "content of ui-tool");
     EXPECT_EQ(readFile(installed("uninstaller")), "content of uninstaller");
     EXPECT_EQ(readFile(installed("accepteula.txt")), "7_standard\r\n");
-    EXPECT_EQ(harness::run("ls -l /proc/$(cat /run/launchd/com.velnor.client.plist.pid)/fd | "
-                           "grep -c socket:")
+    EXPECT_EQ(run("ls -l /proc/$(cat /run/launchd/com.velnor.client.plist.pid)/fd | "
+                  "grep -c socket:")
                   .output,
               "1\n")
         << "the client has its own listener and nothing of the installer";
@@ -71,7 +75,7 @@ TEST(Install, LeavesAnAnsweringClientAndTellsEveryStep) {
         const std::string at = " at location: ";
         for (const auto& text : {"Downloaded " + url, "Hash verified for " + url,
                                  "Saved binary " + saved + at + installed(saved),
-                                 "Untarred " + saved + at + harness::kInstallPath}) {
+                                 "Untarred " + saved + at + kInstallPath}) {
             expected.push_back(kDownload + text);
         }
         if (published == saved) expected.pop_back();  // no archive
@@ -82,7 +86,7 @@ TEST(Install, LeavesAnAnsweringClientAndTellsEveryStep) {
     }
     expected.push_back("[info] _vn_uploadLogs: Uploading the log file " +
                        installed("installer.txt") + " to " + world.ini["LogfileUploadURL"]);
-    EXPECT_EQ(harness::logMessages(), expected);
+    EXPECT_EQ(logMessages(), expected);
 }
 
 TEST(Install, ThatFindsAnotherDoesOnlyWhatIsLeftToDo) {
@@ -97,10 +101,10 @@ TEST(Install, ThatFindsAnotherDoesOnlyWhatIsLeftToDo) {
     EXPECT_EQ(readFile(installed("accepteula.txt")), "8_standard\r\n");
     EXPECT_EQ(world.configuration.requests().size(), 1U);
     EXPECT_EQ(world.log.requests().size(), 1U) << "a client that answers means no upload";
-    EXPECT_EQ(harness::logMessages().end()[-4], kInstall + "Client is already registered.");
+    EXPECT_EQ(logMessages().end()[-4], kInstall + "Client is already registered.");
     stopClient();
     EXPECT_EQ(install().progress, (Progress{5, 10, 15, 80, 85, 90}));
-    EXPECT_EQ(readFile(installed("appregistry.dat")), "Velnor\nAnother\n");
+    EXPECT_EQ(readFile(kRegistry), "Velnor\nAnother\n");
 }
 
 // The client's name would create a file in a shell that saw it unquoted, or in double quotes.
@@ -113,11 +117,11 @@ TEST(Install, OfAnUnusualRelease) {
     world.ini.erase("MacOSUninstallerURL");
     const std::string ini = toText(world.ini, "\r\n") + "no line end";
     world.publish(ini);
-    harness::makeInstallDirectory();
-    harness::putOnFullDisk(installed("accepteula.txt"));
+    makeInstallDirectory();
+    putOnFullDisk(installed("accepteula.txt"));
     EXPECT_EQ(install("Velnor", "eula").result, 0);
     EXPECT_EQ(readFile(installed("client.ini")), ini);
-    EXPECT_EQ(harness::modeOf(installed(name)), 0755U);
+    EXPECT_EQ(modeOf(installed(name)), 0755U);
     EXPECT_FALSE(exists("/tmp/owned"));
     const std::string prefix = World::originUrl("").substr(std::string("https:/").size());
     EXPECT_EQ(targetsOf(world.content), (Texts{prefix + name, prefix + "ui.tgz"}));
@@ -126,15 +130,15 @@ TEST(Install, OfAnUnusualRelease) {
 
 TEST(Install, PingsASilentClient121TimesASecondApart) {
     World world;
-    harness::writeFile("/tmp/standin_client.mode", "refuse");
+    writeFile("/tmp/standin_client.mode", "refuse");
     world.publish();
-    const auto start = std::chrono::steady_clock::now();
+    const auto start = Clock::now();
     const Installed failed = install();
-    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(119'900));
+    EXPECT_GE(Clock::now() - start, std::chrono::milliseconds(119'900));
     EXPECT_EQ(failed.result, -1);
     EXPECT_EQ(failed.code, INSTALL_ERROR_CLIENT_NOTRESPONDING + 0U);
     EXPECT_EQ(failed.progress, (Progress{5, 10, 15, 80, 85}));
-    EXPECT_EQ(harness::run("grep -c '^list' /run/launchd/calls").output, "122\n")
+    EXPECT_EQ(run("grep -c '^list' /run/launchd/calls").output, "122\n")
         << "one before the installation, 121 after the start";
     const std::string log = readFile(installed("installer.txt"));
     const size_t waited = log.find("Waited enough for client; no response, exiting\n");
@@ -144,7 +148,7 @@ TEST(Install, PingsASilentClient121TimesASecondApart) {
 // The last message of the log that is not the upload's, without its level.
 std::string lastMessage() {
     std::string last;
-    for (const std::string& message : harness::logMessages()) {
+    for (const std::string& message : logMessages()) {
         if (message.find(" _vn_uploadLogs: ") == message.npos) last = message.substr(7);
     }
     return last;
@@ -174,7 +178,6 @@ TEST(Install, FailuresHaveTheirCodeDetailAndMessage) {
         std::string("https://") + velnor::deployment::kConfigurationHost;
     const std::string artifact = "_vn_downloadAndWrite: ";
     const std::string forged = artifact + "Hash of downloaded binary ";
-    const std::string registry = installed("appregistry.dat");
     const std::map<uint32_t, uint32_t> plainCodes{{15, 5}, {16, 7}, {17, 6}, {18, 6},
                                                   {20, 7}, {21, 5}, {6, 6},  {8, 8}};
     const struct {
@@ -201,26 +204,24 @@ TEST(Install, FailuresHaveTheirCodeDetailAndMessage) {
         {with("MacOSUIToolSig", ini.at("MacOSClientSig")), 21, ui, forged + "ksmacui.tar.gz does"},
         {[&](World& w) { w.addArtifact("MacOSClient", longName, "data"); }, 16, cutPath,
          artifact + "Error in saving the binary " + longName + " at " + cutPath},
-        {[](World&) { harness::putOnFullDisk(installed("client.ini")); }, 16,
-         installed("client.ini"), "vn_install: Failed in saving"},
-        {[](World&) { chmod(harness::kInstallPath.c_str(), 0555); }, 16, installed("client.ini"),
-         ""},
+        {[](World&) { putOnFullDisk(installed("client.ini")); }, 16, installed("client.ini"),
+         "vn_install: Failed in saving"},
+        {[](World&) { chmod(kInstallPath.c_str(), 0555); }, 16, installed("client.ini"), ""},
         {[](World&) { setenv("HOME", ("/" + std::string(1000, 'x')).c_str(), 1); }, 8, "",
          "vn_install: Error in installing the client"},
-        {[&](World&) { fs::create_directory(registry); }, 16, registry,
-         "vn_install: Unable to open path: " + registry},
-        {[&](World&) { mkfifo(registry.c_str(), 0600); }, 20, registry,
-         "vn_install: Unable to seek to: " + registry},
+        {[](World&) { fs::create_directory(kRegistry); }, 16, kRegistry,
+         "vn_install: Unable to open path: " + kRegistry},
+        {[](World&) { mkfifo(kRegistry.c_str(), 0600); }, 20, kRegistry,
+         "vn_install: Unable to seek to: " + kRegistry},
     };
     const std::string home = getenv("HOME");
     for (const auto& row : rows) {
         setenv("HOME", home.c_str(), 1);
-        chmod(harness::kInstallPath.c_str(), 0755);
-        fs::remove_all(harness::kInstallPath);
-        harness::makeInstallDirectory();
-        for (const char* name : {"ksmac_1.6.5", "ksmacui.tar.gz"}) {
-            harness::writeFile(installed(name), "old");
-        }
+        chmod(kInstallPath.c_str(), 0755);
+        fs::remove_all(kInstallPath);
+        makeInstallDirectory();
+        writeFile(installed("ksmac_1.6.5"), "old");
+        writeFile(installed("ksmacui.tar.gz"), "old");
         world.ini = ini;
         world.artifacts = artifacts;
         row.spoil(world);
@@ -254,7 +255,7 @@ TEST(Install, BadArgumentsWriteNothing) {
         EXPECT_EQ(_vn_downloadAndWrite(a[0], a[1], nullptr, false, a[2], a[3], a[4], 0, 0),
                   INSTALL_ERROR_INVALIDARGUMENT);
     }
-    EXPECT_FALSE(exists(harness::kInstallPath));
+    EXPECT_FALSE(exists(kInstallPath));
 }
 
 TEST(ClientIni, NamesFilesAndTheContentHost) {
@@ -275,6 +276,79 @@ TEST(ClientIni, NamesFilesAndTheContentHost) {
     for (const char* text : {"EnableQ731=TRUE\n", "EnableQ731=true \n", "EnableQ731=true", ""}) {
         EXPECT_FALSE(velnor::isRewriteOn(text)) << text;
     }
+}
+
+const char* const kSent = R"({"uninstallMsgSent" : true})";
+const char* const kNotSent = R"({"uninstallMsgSent":false})";
+
+TEST(Uninstall, TellsTheClientAndAwaitsItsFarewell) {
+    const struct {
+        const char* registry;
+        const char* name;  // none forces the client out
+        const char* ini;
+        Texts polls;
+        size_t polled;
+        bool isRemoved;
+    } rows[] = {
+        {"Velnor\n", "Velnor", "", {kSent}, 1, true},
+        {"Velnor\nOther\n", nullptr, "", {kSent}, 1, true},
+        {"Velnor\nOther\n", "Velnor", "UninstallTimeOutSec=90", {}, 1, false},
+        {"Other\n", "Velnor", "", {}, 0, false},  // it does not even answer the farewell
+        {"Other\n", "Velnor", "X=1\nUninstallTimeOutSec=3x", {kNotSent, "garbage", ""}, 3, false},
+        {"Other\n", "Velnor", "UninstallTimeOutSec=-5\n", {kNotSent, kSent}, 2, false},
+        {"Other\n", "Velnor", "", {R"({"uninstallMsgSent":"true"})"}, 10, false},
+    };
+    for (const auto& row : rows) {
+        makeInstallation(row.registry);
+        writeFile(installed("client.ini"), row.ini);
+        writeFile("/run/launchd/mode", "noisy");
+        ScriptedClient::Replies replies;
+        if (row.polled > 0) replies.push_back({"uninstall", {"{}"}});
+        if (!row.polls.empty()) replies.push_back({"getClientAttributes", row.polls});
+        const ScriptedClient told(replies);
+        const Clock::time_point start = Clock::now();
+        EXPECT_EQ(_vn_uninstall(row.name, false), 1);
+        EXPECT_GE(Clock::now() - start + std::chrono::seconds(1), std::chrono::seconds(row.polled))
+            << row.ini;
+        Texts requests(row.polled, "getClientAttributes&cid=1&apiversion=capi_1.6.5&complete");
+        requests.insert(requests.begin(),
+                        row.isRemoved ? "uninstall&cid=1&removing=true" : "uninstall&cid=1");
+        EXPECT_EQ(told.paths(), requests) << row.ini;
+        const std::string agent = row.name != nullptr ? row.name : "(force)";
+        EXPECT_NE(told.head().find("User-Agent: " + agent + "\r\n"), std::string::npos);
+        const std::string calls = readFile("/run/launchd/calls");
+        EXPECT_EQ(calls.ends_with("unload " + agentPath() + "\n"), row.isRemoved);
+        const int left = exists(agentPath()) + exists(kInstallPath) + exists(panePath());
+        EXPECT_EQ(left, row.isRemoved ? 0 : 3);
+        fs::remove("/run/launchd/calls");
+    }
+    EXPECT_EQ(readFile(kRegistry), "Other\n");
+}
+
+TEST(Uninstall, FailuresHaveTheirCodes) {
+    makeInstallation("Velnor\n");
+    EXPECT_EQ(vn_uninstall(nullptr, 0), -1);
+    EXPECT_EQ(vn_getLastError(), INSTALL_ERROR_INVALIDARGUMENT + 0U);
+    setenv("HOME", ("/tmp/" + std::string(1000, 'x')).c_str(), 1);
+    const ScriptedClient told(ScriptedClient::Replies{});
+    EXPECT_EQ(vn_uninstall("Velnor", 0), -1);
+    EXPECT_EQ(vn_getLastError(), INSTALL_ERROR_STOP + 0U);
+    EXPECT_TRUE(exists(kRegistry));
+    EXPECT_EQ(told.paths(), Texts{}) << "an agent that is not listed is told nothing";
+}
+
+TEST(RecursiveDelete, KeepsTheIdentityByDeletingElsewhere) {
+    makeInstallation("Velnor\n");
+    fs::create_directories("/tmp/installer.txt/folder");
+    fs::current_path("/tmp");
+    run("cd installer.txt; touch a guid.ini GUID.INI keep folder/guid.ini");
+    EXPECT_EQ(_vn_recursiveDelete("keep", true), 0);
+    EXPECT_EQ(run("LC_ALL=C ls installer.txt").output, "GUID.INI\nguid.ini\nkeep\n");
+    EXPECT_EQ(vn_uninstall("Velnor", VN_UNINSTALL_KEEP_IDENTITY), 0);
+    EXPECT_EQ(vn_getLastError(), 0U);
+    EXPECT_EQ(readFile(installed("guid.ini")), "0");
+    EXPECT_FALSE(exists(agentPath()) || exists(panePath()));
+    EXPECT_EQ(_vn_recursiveDelete(std::string(2000, 'x').c_str(), true), -1);
 }
 
 }  // namespace
