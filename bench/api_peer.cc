@@ -35,10 +35,10 @@ bool printAllocated() {
     FileAttributes file{};
     if (vn_initialize("bench", &handle) != 0) return false;
     const bool warm = vn_getFileAttributes(handle, 0, bench::kApiUrl, &file, 0) == 0;
-    harness::FailingAllocation counting(0);
+    harness::failAllocation(0);
     const bool counted = vn_getFileAttributes(handle, 0, bench::kApiUrl, &file, 0) == 0;
-    counting.end();
-    std::printf("%zu\n", counting.bytes());
+    harness::hasFailedAllocation();
+    std::printf("%zu\n", harness::allocatedBytes());
     vn_cleanFileAttributes(handle, &file, 0);
     vn_uninitialize(handle, 0);
     return warm && counted;

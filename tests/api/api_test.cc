@@ -131,37 +131,33 @@ TEST(LastError, BelongsToItsThreadAndSaysWhenTheProcessHasNoKeyLeft) {
     std::thread([] { EXPECT_EQ(vn_getLastError(), 0U); }).join();
 }
 
-// How an operation is asked, the request that it is judged by, and one before or after that.
+// The request that an operation is judged by, one before or after that, and how it is asked.
 const struct Operation {
-    int32_t (*call)(ApiHandle* handle, const char* url, int32_t cid);
     std::string before, judged, after;
+    int32_t (*call)(ApiHandle* handle, const char* url, int32_t cid);
 } kOperations[] = {
-    // clang-format off
-    {[](ApiHandle* handle, const char* url, int32_t cid) {
-         return vn_downloadFile(handle, cid, url, nullptr);
-     }, "", "downloadFile" + kQuery, kAsk},
-    {[](ApiHandle* handle, const char* url, int32_t cid) {
+    {"", "downloadFile" + kQuery, kAsk,
+     [](auto* handle, auto* url, auto cid) { return vn_downloadFile(handle, cid, url, nullptr); }},
+    {"", kAsk, "",
+     [](auto* handle, auto* url, auto cid) {
          FileAttributes file{};
          const int32_t result = vn_getFileAttributes(handle, cid, url, &file, 0);
          EXPECT_EQ(vn_cleanFileAttributes(handle, &file, 0), handle != nullptr ? 0 : -1);
          return result;
-     }, "", kAsk, ""},
-    {[](ApiHandle* handle, const char* url, int32_t cid) {
-         return vn_pauseFile(handle, cid, url, 0);
-     }, "", "pauseFile" + kQuery, ""},
-    {[](ApiHandle* handle, const char* url, int32_t cid) {
-         return vn_deleteFile(handle, cid, url, nullptr);
-     }, kAsk, "deleteFile" + kQuery + "&keepphysicalfileondelete=false", ""},
-    {[](ApiHandle* handle, const char*, int32_t cid) {
-         return vn_runPeriodicTasks(handle, cid, 0);
-     }, "", "runPeriodicTasks&cid=7&apiversion=capi_1.6.5", ""},
-    {[](ApiHandle* handle, const char*, int32_t cid) {
+     }},
+    {"", "pauseFile" + kQuery, "",
+     [](auto* handle, auto* url, auto cid) { return vn_pauseFile(handle, cid, url, 0); }},
+    {kAsk, "deleteFile" + kQuery + "&keepphysicalfileondelete=false", "",
+     [](auto* handle, auto* url, auto cid) { return vn_deleteFile(handle, cid, url, nullptr); }},
+    {"", "runPeriodicTasks&cid=7&apiversion=capi_1.6.5", "",
+     [](auto* handle, auto*, auto cid) { return vn_runPeriodicTasks(handle, cid, 0); }},
+    {"", "getClientAttributes&cid=7&apiversion=capi_1.6.5&complete", "",
+     [](auto* handle, auto*, auto cid) {
          ClientAttributes client{};
          const int32_t result = vn_getAttributes(handle, cid, &client, 0);
          EXPECT_EQ(vn_cleanAttributes(handle, &client, 0), handle != nullptr ? 0 : -1);
          return result;
-     }, "", "getClientAttributes&cid=7&apiversion=capi_1.6.5&complete", ""},
-    // clang-format on
+     }},
 };
 
 TEST(Operation, AsksExactlyThisOnOneConnection) {
@@ -169,7 +165,7 @@ TEST(Operation, AsksExactlyThisOnOneConnection) {
     const Handle handle;
     EXPECT_EQ(client.connections(), 1U) << "for the ping";
     Texts expected;
-    for (const auto& [call, before, judged, after] : kOperations) {
+    for (const auto& [before, judged, after, call] : kOperations) {
         EXPECT_EQ(outcome(call(handle, kUrl, 7)), 0U) << judged;
         for (const std::string& path : {before, judged, after}) {
             if (!path.empty()) expected.push_back(path);
@@ -187,7 +183,7 @@ TEST(Operation, SendsNothingForBadArguments) {
     const ScriptedClient client(kWilling);
     const Handle handle;
     const std::string longUrl = "http://a.example/" + std::string(983, 'a');
-    for (const auto& [call, before, judged, after] : kOperations) {
+    for (const auto& [before, judged, after, call] : kOperations) {
         EXPECT_EQ(outcome(call(nullptr, kUrl, 7)), 1U) << judged;
         EXPECT_EQ(outcome(call(handle, kUrl, -1)), 1U) << judged;
         if (judged.find("url=") == judged.npos) continue;

@@ -31,9 +31,6 @@ void* __wrap_realloc(void* block, size_t size) {
 }
 
 // C++ libraries beneath the engine allocate here as well.
-void* operator new(size_t size, const std::nothrow_t&) noexcept {
-    return fails(size) ? nullptr : __real_malloc(size);
-}
 void operator delete(void* block) noexcept { std::free(block); }
 void operator delete(void* block, size_t) noexcept { std::free(block); }
 void* operator new(size_t size) {
@@ -44,18 +41,17 @@ void* operator new(size_t size) {
 
 namespace harness {
 
-FailingAllocation::FailingAllocation(size_t number) {
+void failAllocation(size_t number) {
     t_number = number;
     t_count = t_bytes = 0;
     t_watching = true;
 }
 
-FailingAllocation::~FailingAllocation() { t_watching = false; }
-
-size_t FailingAllocation::bytes() const { return t_bytes; }
-bool FailingAllocation::end() {
+bool hasFailedAllocation() {
     t_watching = false;
     return t_number != 0 && t_count >= t_number;
 }
+
+size_t allocatedBytes() { return t_bytes; }
 
 }  // namespace harness

@@ -7,20 +7,14 @@
 
 namespace harness {
 
-/// While it lives, the `number`-th allocation (from 1) of this thread fails; 0 only counts.
-class FailingAllocation {
-  public:
-    explicit FailingAllocation(size_t number);
-    ~FailingAllocation();
-    FailingAllocation(const FailingAllocation&) = delete;
-    FailingAllocation& operator=(const FailingAllocation&) = delete;
+/// From here on the `number`-th allocation (from 1) of this thread fails; 0 only watches.
+void failAllocation(size_t number);
 
-    /// Of all allocations so far together.
-    size_t bytes() const;
+/// Ends the watch; true when the chosen allocation was reached.
+bool hasFailedAllocation();
 
-    /// Ends the watch; true when the chosen allocation was reached.
-    bool end();
-};
+/// The bytes of all allocations under the watch together.
+size_t allocatedBytes();
 
 }  // namespace harness
 

@@ -52,7 +52,7 @@ void World::addArtifact(const std::string& key, const std::string& fileName,
 }
 
 void World::publish(const std::string& iniText) {
-    configuration.serve("/conf/client_ini.html", iniText);
+    configuration.serve("/conf/client_ini.html", iniText.empty() ? toText(ini) : iniText);
     for (const auto& [name, data] : artifacts) {
         content.serve("/files/" + name, data);
         // Where a rewritten URL of the origin host leads.

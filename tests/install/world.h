@@ -28,9 +28,8 @@ class World {
     ClientIni ini;
     std::map<std::string, std::string> artifacts;  // by file name
 
-    /// Serves `artifacts`, and `ini` or another text in its place.
-    void publish() { publish(toText(ini)); }
-    void publish(const std::string& iniText);
+    /// Serves `artifacts` and `ini`, or another text in its place.
+    void publish(const std::string& iniText = "");
 
     /// Signs the artifact anew and enters its URL and signature.
     void addArtifact(const std::string& key, const std::string& fileName, const std::string& data);
