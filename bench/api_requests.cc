@@ -9,7 +9,7 @@
 #include "comparison.h"
 #include "curl_peer.h"
 #include "groups.h"
-#include "harness/shell.h"
+#include "harness/harness.h"
 #include "processor.h"
 #include "sandbox/servers/loopback.h"
 #include "servers.h"

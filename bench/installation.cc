@@ -9,9 +9,7 @@
 
 #include "comparison.h"
 #include "groups.h"
-#include "harness/files.h"
-#include "harness/shell.h"
-#include "harness/signing.h"
+#include "harness/harness.h"
 #include "sandbox/servers/release.h"
 #include "servers.h"
 #include "velnor/capi.h"

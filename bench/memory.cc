@@ -4,7 +4,7 @@
 
 #include "comparison.h"
 #include "groups.h"
-#include "harness/shell.h"
+#include "harness/harness.h"
 #include "servers.h"
 
 namespace bench {

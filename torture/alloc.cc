@@ -8,8 +8,7 @@
 
 #include "api/scripted_client.h"
 #include "harness/allocations.h"
-#include "harness/files.h"
-#include "harness/shell.h"
+#include "harness/harness.h"
 #include "install/world.h"
 
 namespace {

@@ -14,7 +14,7 @@
 #include "api/outcome.h"
 #include "api/result/last_error.h"
 #include "api/scripted_client.h"
-#include "harness/files.h"
+#include "harness/harness.h"
 #include "support/text.h"
 #include "velnor/capi.h"
 

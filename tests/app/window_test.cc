@@ -9,8 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "harness/files.h"
-#include "harness/shell.h"
+#include "harness/harness.h"
 #include "install/world.h"
 #include "sandbox/servers/silent_port.h"
 #include "velnor_deployment.h"

@@ -5,8 +5,7 @@
 #include <string>
 
 #include "deploy/publish_command.h"
-#include "harness/files.h"
-#include "harness/shell.h"
+#include "harness/harness.h"
 #include "net/fetch.h"
 #include "velnor_deployment.h"
 

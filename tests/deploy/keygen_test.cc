@@ -3,8 +3,7 @@
 
 #include <string>
 
-#include "harness/files.h"
-#include "harness/shell.h"
+#include "harness/harness.h"
 
 using harness::run;
 

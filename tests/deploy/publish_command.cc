@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "harness/files.h"
+#include "harness/harness.h"
 
 PublishCommand::PublishCommand() : key(SIGNING_KEY) {
     std::filesystem::create_directories(kFolder);

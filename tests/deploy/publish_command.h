@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "harness/shell.h"
+#include "harness/harness.h"
 
 /// The arguments, of a small release that is in order until a test changes them. Files are in
 /// kFolder, where making one puts the artifacts "client", "ui" and "un".

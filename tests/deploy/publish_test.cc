@@ -7,8 +7,7 @@
 #include <future>
 
 #include "deploy/publish_command.h"
-#include "harness/files.h"
-#include "harness/signing.h"
+#include "harness/harness.h"
 
 using harness::readFile;
 

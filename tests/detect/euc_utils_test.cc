@@ -14,8 +14,7 @@
 #include <thread>
 #include <vector>
 
-#include "harness/files.h"
-#include "harness/shell.h"
+#include "harness/harness.h"
 #include "sandbox/servers/raw_server.h"
 #include "sandbox/servers/silent_port.h"
 

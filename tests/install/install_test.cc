@@ -12,8 +12,7 @@
 #include <vector>
 
 #include "api/scripted_client.h"
-#include "harness/files.h"
-#include "harness/shell.h"
+#include "harness/harness.h"
 #include "install/client_ini.h"
 #include "install/uninstall.h"
 #include "install/verified_download.h"

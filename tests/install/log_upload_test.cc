@@ -12,7 +12,7 @@
 #include <thread>
 #include <vector>
 
-#include "harness/files.h"
+#include "harness/harness.h"
 #include "net/proxy_peer.h"
 #include "sandbox/servers/file_server.h"
 #include "sandbox/servers/raw_server.h"

@@ -12,9 +12,7 @@
 #include <tuple>
 #include <vector>
 
-#include "harness/files.h"
-#include "harness/shell.h"
-#include "harness/signing.h"
+#include "harness/harness.h"
 #include "install/launch_agent.h"
 #include "install/records.h"
 #include "install/verified_download.h"

@@ -2,9 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "harness/files.h"
-#include "harness/shell.h"
-#include "harness/signing.h"
+#include "harness/harness.h"
 #include "sandbox/servers/tls_files.h"
 #include "velnor_deployment.h"
 

@@ -7,8 +7,7 @@
 #include <algorithm>
 #include <sstream>
 
-#include "harness/files.h"
-#include "harness/shell.h"
+#include "harness/harness.h"
 
 using harness::run;
 

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "harness/shell.h"
+#include "harness/harness.h"
 #include "velnor_deployment.h"
 
 namespace {

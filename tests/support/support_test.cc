@@ -8,8 +8,7 @@
 #include <thread>
 
 #include "api/result/last_error.h"
-#include "harness/files.h"
-#include "harness/shell.h"
+#include "harness/harness.h"
 #include "support/encodings.h"
 #include "support/files.h"
 #include "support/format.h"

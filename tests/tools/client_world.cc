@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "harness/files.h"
+#include "harness/harness.h"
 
 harness::CommandResult vnctl(const std::string& arguments) {
     return harness::run("mkdir -p /tmp/work; cd /tmp/work; '" VNCTL "' " + arguments);

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "harness/shell.h"
+#include "harness/harness.h"
 #include "sandbox/servers/raw_server.h"
 
 /// Standard output of vnctl in the folder /tmp/work; `arguments` may end with redirections.

@@ -4,7 +4,7 @@
 #include <regex>
 #include <set>
 
-#include "harness/files.h"
+#include "harness/harness.h"
 #include "tools/client_world.h"
 
 namespace {

@@ -1,8 +1,7 @@
 // tools/install_packages, with stand-ins for dpkg-query, sudo, dpkg-deb and apt-get.
 #include <gtest/gtest.h>
 
-#include "harness/files.h"
-#include "harness/shell.h"
+#include "harness/harness.h"
 
 namespace {
 

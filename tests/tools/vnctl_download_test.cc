@@ -5,7 +5,7 @@
 #include <regex>
 #include <string>
 
-#include "harness/files.h"
+#include "harness/harness.h"
 #include "sandbox/servers/file_server.h"
 #include "tools/client_world.h"
 

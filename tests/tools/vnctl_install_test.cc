@@ -1,7 +1,7 @@
 // vnctl install: command lines, exit statuses, and what it says about an outcome.
 #include <gtest/gtest.h>
 
-#include "harness/files.h"
+#include "harness/harness.h"
 #include "install/world.h"
 #include "tools/client_world.h"
 #include "velnor_deployment.h"

@@ -8,8 +8,7 @@
 #include <sstream>
 
 #include "api/scripted_client.h"
-#include "harness/files.h"
-#include "harness/shell.h"
+#include "harness/harness.h"
 
 namespace {
 

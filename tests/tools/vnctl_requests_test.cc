@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "harness/files.h"
+#include "harness/harness.h"
 #include "sandbox/servers/file_server.h"
 #include "tools/client_world.h"
 

@@ -1,7 +1,7 @@
 // vnctl uninstall: what it says about what it found and left.
 #include <gtest/gtest.h>
 
-#include "harness/files.h"
+#include "harness/harness.h"
 #include "tools/client_world.h"
 
 namespace {

@@ -1,14 +1,19 @@
-// Files as tests write, read and look for them.
-#include "harness/files.h"
+#include "harness/harness.h"
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 
+#include <chrono>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <regex>
 #include <sstream>
+#include <thread>
+
+#include "common/signing_key.h"
 
 namespace harness {
 
@@ -78,6 +83,26 @@ std::vector<std::string> logMessages() {
         }
     }
     return messages;
+}
+
+CommandResult run(const std::string& command) {
+    FILE* pipe = popen(command.c_str(), "r");
+    std::string output;
+    for (int c = 0; (c = std::fgetc(pipe)) != EOF;) output += static_cast<char>(c);
+    const int status = pclose(pipe);
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), output};
+}
+
+bool eventually(const std::function<bool()>& holds) {
+    for (int i = 0; i < 6000; ++i) {
+        if (holds()) return true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return false;
+}
+
+std::string sign(const std::string& data) {
+    return deploy::toHex(deploy::SigningKey::load(SIGNING_KEY).sign(data));
 }
 
 }  // namespace harness

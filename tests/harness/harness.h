@@ -1,7 +1,9 @@
-// Files as tests write, read and look for them.
-#ifndef TESTS_HARNESS_FILES_H
-#define TESTS_HARNESS_FILES_H
+// What tests of several rooms do: files as they are written, read and looked for, commands, waits,
+// and the maker's signatures.
+#ifndef TESTS_HARNESS_HARNESS_H
+#define TESTS_HARNESS_HARNESS_H
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -43,6 +45,20 @@ unsigned modeOf(const std::string& path);
 /// Messages of installer.txt in order, each as "[level] function: message". A line that is not in
 /// the log's format fails the test.
 std::vector<std::string> logMessages();
+
+struct CommandResult {
+    int status;  // as the shell's $?
+    std::string output;
+};
+
+/// Runs `command` in the shell and collects its standard output.
+CommandResult run(const std::string& command);
+
+/// Asks every 10 ms whether `holds`, for at least a minute.
+bool eventually(const std::function<bool()>& holds);
+
+/// Hex text of the signature over `data` by the deployment that the tests are built with.
+std::string sign(const std::string& data);
 
 }  // namespace harness
 
