@@ -8,7 +8,7 @@
 #include <string>
 
 #include "api_reply.h"
-#include "harness/allocations.h"
+#include "harness/harness.h"
 #include "lean_server.h"
 #include "velnor/capi.h"
 

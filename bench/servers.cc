@@ -11,7 +11,7 @@
 #include <stdexcept>
 #include <vector>
 
-#include "harness/gzip.h"
+#include "harness/harness.h"
 #include "lean_server.h"
 #include "sandbox/servers/file_server.h"
 #include "sandbox/servers/tls_files.h"

@@ -7,7 +7,6 @@
 #include <set>
 
 #include "api/scripted_client.h"
-#include "harness/allocations.h"
 #include "harness/harness.h"
 #include "install/world.h"
 

@@ -10,7 +10,7 @@
 #include <stdexcept>
 
 #include "api/handle.h"
-#include "harness/gzip.h"
+#include "harness/harness.h"
 #include "install/client_ini.h"
 #include "net/body.h"
 #include "net/socket_http.h"

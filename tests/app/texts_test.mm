@@ -8,7 +8,7 @@
 
 #include "api/result/result_codes.h"
 #include "app/failure_message.h"
-#include "harness/allocations.h"
+#include "harness/harness.h"
 
 namespace {
 

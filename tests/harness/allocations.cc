@@ -1,7 +1,6 @@
 // The linker sends malloc and realloc of the objects in the test through here.
-#include "harness/allocations.h"
+#include "harness/harness.h"
 
-#include <cstdint>
 #include <cstdlib>
 #include <new>
 

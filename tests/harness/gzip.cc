@@ -1,5 +1,4 @@
-// Compressing with zlib.
-#include "harness/gzip.h"
+#include "harness/harness.h"
 
 #include <zlib.h>
 

@@ -3,6 +3,7 @@
 #ifndef TESTS_HARNESS_HARNESS_H
 #define TESTS_HARNESS_HARNESS_H
 
+#include <cstddef>
 #include <functional>
 #include <string>
 #include <vector>
@@ -36,10 +37,7 @@ bool exists(const std::string& path);
 /// files whose mode is changed: it is the system's own device that is behind it.
 void putOnFullDisk(const std::string& path);
 
-/// How many descriptors this process has open.
 size_t openDescriptors();
-
-/// Permission bits of the file.
 unsigned modeOf(const std::string& path);
 
 /// Messages of installer.txt in order, each as "[level] function: message". A line that is not in
@@ -59,6 +57,21 @@ bool eventually(const std::function<bool()>& holds);
 
 /// Hex text of the signature over `data` by the deployment that the tests are built with.
 std::string sign(const std::string& data);
+
+/// `data` in gzip format, compressed at `level` (1 to 9).
+std::string gzip(const std::string& data, int level = 9);
+
+// Where velnor_failing_allocations is linked, for what is linked statically with it; the libraries
+// beneath keep their memory.
+
+/// From here on the `number`-th allocation (from 1) of this thread fails; 0 only watches.
+void failAllocation(size_t number);
+
+/// Ends the watch; true when the chosen allocation was reached.
+bool hasFailedAllocation();
+
+/// The bytes of all allocations under the watch together.
+size_t allocatedBytes();
 
 }  // namespace harness
 

@@ -8,7 +8,7 @@
 #include <chrono>
 #include <future>
 
-#include "harness/gzip.h"
+#include "harness/harness.h"
 #include "net/fetch.h"
 #include "sandbox/servers/file_server.h"
 
