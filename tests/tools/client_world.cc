@@ -31,23 +31,17 @@ void RunningClient::stop() {
 }
 
 const std::string& filmContent() {
-    static const std::string film = [] {
-        std::string content;
-        for (int part = 0; content.size() < 3U << 20; ++part) content += std::to_string(part) + ' ';
-        return content.substr(0, 3U << 20);
-    }();
+    static const std::string film = harness::run("head -c 3M /dev/urandom").output;
     return film;
 }
 
 HalfServer::HalfServer()
-    : server_([this](int fd, const std::string& /*head*/) {
-          const size_t half = filmContent().size() / 2;
-          sandbox::sendAll(fd, "HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(2 * half) +
-                                   "\r\n\r\n" + filmContent().substr(0, half));
-          goesOn_.wait(false);
-          sandbox::sendAll(fd, filmContent().substr(half));
-      }) {}
-
-std::string HalfServer::url() const {
-    return "http://127.0.0.1:" + std::to_string(server_.port()) + "/film.mov";
-}
+    : server_(
+          [this](int fd, const std::string& /*head*/) {
+              const size_t half = filmContent().size() / 2;
+              sandbox::sendAll(fd, "HTTP/1.1 200 OK\r\nContent-Length: 3145728\r\n\r\n" +
+                                       filmContent().substr(0, half));
+              goesOn_.wait(false);
+              sandbox::sendAll(fd, filmContent().substr(half));
+          },
+          kPort) {}

@@ -36,16 +36,20 @@ class RunningClient {
     std::string pid_;
 };
 
+/// Where a test's own server is.
+inline const std::string kHost = "http://127.0.0.1:8080";
+constexpr int kPort = 8080;
+inline const std::string kFilm = kHost + "/film.mov";
+
 /// 3 MiB in which no two parts are alike.
 const std::string& filmContent();
 
-/// A server that stops in the middle of the film until it is told to go on.
+/// The server of kFilm, which stops in the middle of it until it is told to go on.
 class HalfServer {
   public:
     HalfServer();
     ~HalfServer() { goOn(); }
 
-    std::string url() const;
     void goOn() {
         goesOn_ = true;
         goesOn_.notify_all();

@@ -1,7 +1,6 @@
 // vnctl download: what it shows, whose files it leaves alone, and how its watching ends.
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <regex>
 #include <string>
 
@@ -13,7 +12,7 @@ namespace {
 
 using harness::readFile;
 
-const std::string kFilm = "/tmp/work/film.mov";
+const std::string kFilmPath = "/tmp/work/film.mov";
 
 bool shows(const std::string& pattern) {
     return std::regex_search(readFile("/tmp/output"), std::regex(pattern));
@@ -29,14 +28,11 @@ void watchInBackground(const std::string& folder, const std::string& url) {
 
 TEST(VnctlDownload, BringsTheFileAndReplacesNobodysUnasked) {
     const RunningClient client;
-    sandbox::FileServer server;
+    sandbox::FileServer server(kPort);
     server.serve("/a%20film.mov", filmContent());
-    const std::string url =
-        "'http://127.0.0.1:" + std::to_string(server.port()) + "/a%20film.mov?from=a/b'";
+    const std::string url = "'" + kHost + "/a%20film.mov?from=a/b'";
     const std::string path = "/tmp/work/a film.mov";
-    std::filesystem::create_directory("/tmp/work");
-    std::filesystem::create_symlink("/nowhere", "/tmp/work/link");
-    harness::writeFile(path, "mine");
+    harness::run("mkdir /tmp/work; cd /tmp/work; ln -s /nowhere link; printf mine >'a film.mov'");
     // The proof that the client asks for is never written over what is there.
     setClientMode("challenge proof");
     for (const char* where : {"", " --path .", " --path ../work/a*", " --path link"}) {
@@ -71,59 +67,59 @@ TEST(VnctlDownload, TellsOnceWhyItIsDisconnected) {
 TEST(VnctlDownload, EndsWhenSomebodyPausesAndSurvivesARestartOfTheClient) {
     RunningClient client;
     HalfServer server;
-    watchInBackground("/tmp/work", server.url());
+    watchInBackground("/tmp/work", kFilm);
     EXPECT_TRUE(showsAtLast("50%, 1.5 MiB of 3.0 MiB"));
-    EXPECT_EQ(vnctl("pause " + server.url()).status, 0);
+    EXPECT_EQ(vnctl("pause " + kFilm).status, 0);
     EXPECT_TRUE(showsAtLast("takes it up again.\nstatus 12\n"));
-    expectOutcomes({{"download " + server.url() + "?other --path film.mov", 5, "another one for"}});
-    watchInBackground("/", server.url());
+    expectOutcomes({{"download " + kFilm + "?other --path film.mov", 5, "another one for"}});
+    watchInBackground("/", kFilm);
     EXPECT_TRUE(showsAtLast("1.5 MiB of 3.0 MiB"));
     client.stop();
     server.goOn();
     client.start();
     EXPECT_TRUE(showsAtLast("Complete: /tmp/work/film.mov, 3.0 MiB\nstatus 0\n"));
-    EXPECT_TRUE(readFile(kFilm) == filmContent());
+    EXPECT_TRUE(readFile(kFilmPath) == filmContent());
 }
 
 TEST(VnctlDownload, GoesOnAfterCtrlC) {
     const RunningClient client;
     HalfServer server;
-    std::filesystem::create_directory("/tmp/work");
     // The shell has become vnctl when it is interrupted.
     const harness::CommandResult result = harness::run(
-        "cd /tmp/work; sh -c '{ until grep -qs 50% /tmp/output; do sleep 0.1; done; kill -INT $$; "
+        "mkdir /tmp/work; cd /tmp/work; sh -c '{ until grep -qs 50% /tmp/output; do sleep 0.1; "
+        "done; kill -INT $$; "
         "} & exec \"$0\" \"$@\" 2>&1 >/tmp/output' '" VNCTL "' download --cid 7 " +
-        server.url());
+        kFilm);
     EXPECT_EQ(result.status, 130);
-    const std::string how = "\n  vnctl attributes " + server.url() + " --cid 7\n";
+    const std::string how = "\n  vnctl attributes " + kFilm + " --cid 7\n";
     EXPECT_NE(result.output.find(how), std::string::npos) << result.output;
     server.goOn();
-    EXPECT_TRUE(harness::eventually([] { return readFile(kFilm) == filmContent(); }));
+    EXPECT_TRUE(harness::eventually([] { return readFile(kFilmPath) == filmContent(); }));
 }
 
 TEST(VnctlDownload, MovesABarOnATerminal) {
     const RunningClient client;
     const std::pair<std::string, const char*> rows[] = {
-        {"100", R"(\r\[#+ +\]  50%  1\.5 MiB of 3\.0 MiB  [0-9.]+ [KM]?i?B/s)"},
+        {"120", R"(\r\[#{25} {25}\]  50%  1\.5 MiB of 3\.0 MiB  [0-9.]+ [KM]?i?B/s)"},
+        {"1", R"(\r\[\]  50%)"},
         {"36", R"(\r\[#+ +\]  50% *\r)"},
     };
     for (const auto& [columns, half] : rows) {
         HalfServer server;
         harness::run("cd /tmp; script -qefc \"stty cols " + columns + "; '" VNCTL "' download " +
-                     server.url() + " --path " + columns +
-                     "\" output >typescript 2>&1 </dev/null &");
+                     kFilm + " --path " + columns + "\" output >typescript 2>&1 </dev/null &");
         EXPECT_TRUE(showsAtLast(half)) << columns;
         server.goOn();
-        EXPECT_TRUE(showsAtLast("#\\] 100%[^\n]*\nComplete: ")) << columns;
-        EXPECT_FALSE(shows("\r\\[[^\r\n]{" + columns + "}")) << columns;
+        EXPECT_TRUE(showsAtLast("\\] 100%[^\n]*\nComplete: ")) << columns;
     }
+    EXPECT_FALSE(shows(R"(\r\[[^\r\n]{35})")) << "the last column stays free";
 }
 
 TEST(VnctlDownload, TakesSecretsFromFiles) {
     const RunningClient client;
-    sandbox::FileServer server;
+    sandbox::FileServer server(kPort);
     server.serve("/letter", "content");
-    const std::string host = " http://127.0.0.1:" + std::to_string(server.port());
+    const std::string host = " " + kHost;
     harness::run(
         "mkdir /tmp/work; cd /tmp/work; umask 077; printf 'id=1; b=\"2\"\\r\\n2\\n' >cookie;"
         "printf '\\nx' >empty; printf %2000s >long; umask 027; printf 'a=b&c' >query");

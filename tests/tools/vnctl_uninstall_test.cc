@@ -7,12 +7,7 @@
 namespace {
 
 using harness::installed;
-
-void makeInstallation(const std::string& registry) {
-    harness::makeInstallDirectory();
-    harness::writeFile(installed("guid.ini"), "identity");
-    harness::writeFile(installed("appregistry.dat"), registry);
-}
+using harness::makeInstallation;
 
 TEST(VnctlUninstall, SaysWhatBecameOfTheClient) {
     const std::string stays = "The client stays for the applications that are registered.\n";
