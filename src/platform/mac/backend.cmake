@@ -1,0 +1,8 @@
+# The Mac backend: CFNetwork, SystemConfiguration and the keychain behind the headers of
+# src/platform.
+velnor_room(platform
+  SOURCES platform/mac/http_stream_cfnetwork.cc platform/mac/keychain_security.cc
+    platform/mac/system_proxies_sc.cc
+  USES velnor_support)
+target_link_libraries(velnor_platform PRIVATE "-framework CFNetwork" "-framework CoreFoundation"
+  "-framework Security" "-framework SystemConfiguration")
