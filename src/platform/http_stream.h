@@ -40,15 +40,16 @@ bool requiresUserNameAndPassword(const ProxyAuthentication& authentication);
 struct HttpRequest {
     const char* method;
     const char* url;                         // absolute
-    std::span<const HttpHeader> headers;     // all that is sent besides Host, Content-Length and
-                                             // an authorization
+    std::span<const HttpHeader> headers;     // all that is sent besides Host, Content-Length, an
+                                             // authorization and what the system insists on
     std::string_view body = {};              // null data: none, and no Content-Length
     const SystemProxies* proxies = nullptr;  // null: connect directly
     ProxyAuthentication* authentication = nullptr;  // with credentials: answers a 407
     const Credentials* credentials = nullptr;
 };
 
-/// Belongs to one thread. Work happens only inside the calls below. Each backend has its own.
+/// Belongs to one thread. Work happens inside the calls below, or by itself where the system's
+/// stack works so. Each backend has its own.
 class HttpStream;
 struct HttpStreamDeleter {
     void operator()(HttpStream* stream) const;  // closes it
@@ -56,12 +57,14 @@ struct HttpStreamDeleter {
 using OwnedStream = std::unique_ptr<HttpStream, HttpStreamDeleter>;
 
 /// Starts the exchange; null when it cannot even start, for a URL that is none or without memory.
-/// Redirects are followed: to http and https only, 20 at most, never from https to http. The method
-/// and the body stay as they are, but after a 303 it is a GET without one.
+/// Redirects are followed: to http and https only, as often as the system allows (20 times where it
+/// leaves that to us), and not from https to http (where the system might, what began with https
+/// fails when it has ended with http). The method and the body stay as they are, but after a 303 it
+/// is a GET without one.
 OwnedStream openStream(const HttpRequest& request);
 
 /// A failure behind which there is the beginning of an answer, or one that will be the same the
-/// next time, shows as Open: the read fails.
+/// next time, shows as Open as far as the system tells: the read fails.
 StreamStatus statusOf(const HttpStream& stream);
 
 /// True when a read returns without waiting: bytes are there, or the end, or an error.

@@ -16,8 +16,8 @@ struct Credentials {
 };
 
 /// Looks up the internet password for the proxy at `server` and `port`. The system may ask the user
-/// to unlock the store, for which it has two minutes. True with `credentials` filled when there is
-/// one.
+/// to unlock the store, and gives time for it: two minutes where it sets no limit of its own. True
+/// with `credentials` filled when there is one.
 bool findProxyPassword(const char* server, uint16_t port, ProxyProtocol protocol,
                        Credentials* credentials);
 

@@ -1,5 +1,5 @@
 // The kinds of URLs that there are here, and how one is taken apart. Every decision about a URL's
-// text is one of these; what a request is really sent to, libcurl parses.
+// text is one of these; what a request is really sent to, the system's HTTP stack parses.
 #ifndef VELNOR_SUPPORT_URL_H
 #define VELNOR_SUPPORT_URL_H
 
