@@ -7,7 +7,7 @@ install(TARGETS velnor_capi_shared velnor_capi_static EXPORT VelnorCapi)
 install(FILES include/velnor/capi.h DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/velnor")
 # CMake strips programs and shared libraries when it is told to, and leaves this one out.
 install(CODE "if(CMAKE_INSTALL_DO_STRIP)
-  execute_process(COMMAND \"${CMAKE_STRIP}\" --strip-debug
+  execute_process(COMMAND \"${CMAKE_STRIP}\" -S
     \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}/libvelnor-capi.a\"
     COMMAND_ERROR_IS_FATAL ANY)
 endif()")

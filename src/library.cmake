@@ -4,8 +4,11 @@ set(capi_rooms velnor_result velnor_support velnor_platform velnor_net velnor_de
   velnor_api)
 set_target_properties(${capi_rooms} PROPERTIES POSITION_INDEPENDENT_CODE ON)
 foreach(room IN LISTS capi_rooms)
-  # Nobody replaces our functions from outside, so calls between them may stay direct.
-  target_compile_options(${room} PRIVATE -fno-semantic-interposition)
+  # Nobody replaces our functions from outside, so calls between them may stay direct; on a Mac they
+  # are, and the compiler has no such option.
+  if(NOT APPLE)
+    target_compile_options(${room} PRIVATE -fno-semantic-interposition)
+  endif()
   list(APPEND capi_objects $<TARGET_OBJECTS:${room}>)
 endforeach()
 
@@ -35,7 +38,7 @@ velnor_packaged_library(velnor_capi_static STATIC velnor-capi-static)
 # What a program needs besides. These are words for its linker, because names of CMake packages would
 # make every user of the shared library install their development files. The C++ runtime is among
 # them, so that the C compiler can link it.
-set(needed ${CURL_LDFLAGS} ${PROXY_LDFLAGS} ${SECRET_LDFLAGS} -lssl -lcrypto -lz -lstdc++ -pthread)
+set(needed ${platform_needs} -lcrypto -lz ${runtime_needs})
 list(TRANSFORM CMAKE_CXX_IMPLICIT_LINK_DIRECTORIES PREPEND -L OUTPUT_VARIABLE known_folders)
 list(REMOVE_ITEM needed ${known_folders})
 target_link_libraries(velnor_capi_static INTERFACE ${needed})

@@ -7,7 +7,7 @@
 
 #include <cstdint>
 
-@interface InstallerController : NSResponder {
+@interface InstallerController : NSResponder <NSApplicationDelegate, NSWindowDelegate> {
     NSProgressIndicator* progressIndicator;
 }
 

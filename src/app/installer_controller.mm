@@ -17,6 +17,9 @@ namespace {
 
 constexpr char kApplicationName[] = "Velnor";
 
+// The same style on both systems, but under two names.
+constexpr auto kBarStyle = static_cast<NSProgressIndicatorStyle>(0);
+
 InstallerController* g_instance = nil;
 
 // The latest percentage; the bar may come later, or be too busy to show each one.
@@ -114,7 +117,7 @@ void removeWhatFailed() {
     velnor::platform::useFontFor(localizedText("FAILED_TO_INSTALL"));
     velnor::platform::keepEventsFlowing();
     progressIndicator = [[NSProgressIndicator alloc] init];
-    [progressIndicator setStyle:NSProgressIndicatorBarStyle];
+    [progressIndicator setStyle:kBarStyle];
     [progressIndicator setIndeterminate:NO];
     [self showProgress];
     [[self makeWindow] makeKeyAndOrderFront:nil];
@@ -195,10 +198,9 @@ void removeWhatFailed() {
     const char* message =
         velnor::failureMessage(failure->code, failure->detail, localizedText, buffer);
     if (message == nullptr) return;
-    NSString* button = localized(@"OK");
-    // The message is an argument, because the panel takes a format.
-    NSRunAlertPanel(localized(@"INSTALL_ERROR_TITLE"), @"%@", [button length] != 0 ? button : @"OK",
-                    nil, nil, [NSString stringWithUTF8String:message]);
+    const char* button = localizedText("OK");
+    velnor::platform::showAlert(localizedText("INSTALL_ERROR_TITLE"), message,
+                                *button != '\0' ? button : "OK");
 }
 
 @end

@@ -13,6 +13,7 @@
 #include <new>
 #include <utility>
 
+#include "platform/socket_signals.h"
 #include "support/product.h"
 
 namespace EUCUtils {
@@ -81,6 +82,7 @@ bool prepareSocket(int* fd, sockaddr_in* address, std::string& message) {
     if (!makeNonBlocking(*fd)) {
         return findClientFailed(message, "Couldn't make socket non-blocking.", kPlain, kLeaveOpen);
     }
+    velnor::platform::raiseNoSigpipe(*fd);
     address->sin_family = AF_INET;
     address->sin_port = htons(velnor::kClientPort);
     const int parsed = inet_pton(AF_INET, velnor::kClientHost, &address->sin_addr);

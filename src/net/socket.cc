@@ -13,6 +13,7 @@
 #include <memory>
 
 #include "api/result/last_error.h"
+#include "platform/socket_signals.h"
 #include "velnor/capi.h"
 
 namespace velnor {
@@ -128,6 +129,7 @@ int32_t _vn_openSocket(const char* hostName, int32_t port) {
     }
     velnor::Socket fd(socket(host->ai_family, host->ai_socktype, host->ai_protocol));
     if (fd) fcntl(fd.get(), F_SETFD, FD_CLOEXEC);
+    if (fd) velnor::platform::raiseNoSigpipe(fd.get());
     if (!fd || !velnor::connectTo(fd.get(), host.get(), port)) {
         _vn_setLastError(INSTALL_ERROR_NETWORK);
         return -1;

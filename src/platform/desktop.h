@@ -19,6 +19,10 @@ void showWindowsAlone();
 /// called once the application object exists and before it shows a text.
 void useFontFor(const char* text);
 
+/// Shows a modal alert with one button and waits until it is dismissed. The texts are UTF-8. To be
+/// called on the main thread once the application has launched.
+void showAlert(const char* title, const char* message, const char* button);
+
 /// No click waits for the next one before it is seen. To be called on the main thread once the
 /// application object exists.
 void keepEventsFlowing();

@@ -10,3 +10,6 @@ velnor_room(platform
   USES velnor_support)
 target_link_libraries(velnor_platform PRIVATE PkgConfig::CURL PkgConfig::PROXY PkgConfig::SECRET
   OpenSSL::SSL)
+# The same, and the C++ runtime, for the linker of a program with the static library.
+set(platform_needs ${CURL_LDFLAGS} ${PROXY_LDFLAGS} ${SECRET_LDFLAGS} -lssl)
+set(runtime_needs -lstdc++ -pthread)
