@@ -3,6 +3,9 @@
 #ifndef VELNOR_PLATFORM_MAC_OLD_CALLS_H
 #define VELNOR_PLATFORM_MAC_OLD_CALLS_H
 
+#ifdef __OBJC__
+#import <AppKit/AppKit.h>
+#endif
 #include <CFNetwork/CFNetwork.h>
 #include <Security/Security.h>
 #include <dlfcn.h>
@@ -68,6 +71,13 @@ inline bool copyContent(SecKeychainItemRef item, SecKeychainAttributeList* attri
 inline void freeContent(SecKeychainAttributeList* attributes, void* data) {
     SecKeychainItemFreeContent(attributes, data);
 }
+
+#ifdef __OBJC__
+inline void runAlertPanel(NSString* title, NSString* message, NSString* button) {
+    // The message is an argument, because the panel takes a format.
+    NSRunAlertPanel(title, @"%@", button, nil, nil, message);
+}
+#endif
 
 }  // namespace velnor::platform::old
 
