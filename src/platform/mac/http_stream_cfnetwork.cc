@@ -58,6 +58,7 @@ namespace {
 
 // How long the stream is left alone before it is looked at again.
 constexpr std::chrono::milliseconds kBetweenLooks{2};
+constexpr CFIndex kProxyAuthenticationRequired = 407;
 
 CfRef<CFDictionaryRef> makeDictionary(const Credentials& credentials) {
     const auto user = makeString(credentials.user.get(), kCFStringEncodingUTF8);
@@ -188,10 +189,12 @@ bool HttpStream::staysSecure() {
 }
 
 // Whether there is a response and all of the length that it announces, which nothing promises
-// either when a connection breaks off. A length that is no number cannot have come.
+// either when a connection breaks off. A length that is no number cannot have come. A proxy's
+// demand is whole in any case: the text of one that refuses a tunnel may be left out.
 bool HttpStream::isWhole() const {
     const CfRef<CFHTTPMessageRef> head = response();
     if (!head) return false;
+    if (CFHTTPMessageGetResponseStatusCode(head.get()) == kProxyAuthenticationRequired) return true;
     const CfRef<CFStringRef> length = copyHeader(head.get(), "Content-Length");
     if (!length || copyHeader(head.get(), "Transfer-Encoding")) return true;
     char text[24];
