@@ -33,13 +33,14 @@ clang_tidy_findings = sed -E -e '/^clang-tidy|warnings? generated\.$$/d' -e 's/\
 	$(build)/clang-tidy.log
 
 .DEFAULT_GOAL := help
-.PHONY: help deps configure build package install docs rehearsal run rehearse test torture bench \
+.PHONY: help deps configure build package install docs rehearsal run rehearse test mac torture bench \
 	coverage count lint clean lint-count lint-rooms lint-format lint-header lint-docs lint-man lint-shell lint-cppcheck lint-tidy
 
 help:
 	@echo 'make run       let the installer install in a rehearsal world, and show what happened'
 	@echo 'make rehearse  let two applications install it and leave again, and check every step'
 	@echo 'make test      build and run the tests'
+	@echo 'make mac       the application, the library and the tools for macOS, in build/mac'
 	@echo 'make torture   everything that can fail does, at every point, and a table says what survived'
 	@echo 'make install   build and install vnctl, the maker'\''s tools and the client API library'
 	@echo 'make docs      the reference of the client API as web pages, in build/docs'
@@ -97,6 +98,9 @@ rehearse: rehearsal
 
 test: build
 	@ctest --preset $(PRESET) --parallel $(test_jobs)
+
+mac:
+	@mac/build $(CMAKE_ARGS)
 
 torture: configure
 	@cmake --build --preset $(PRESET) --parallel $(jobs) --target velnor_torture

@@ -12,10 +12,12 @@ set(VELNOR_PUBLIC_KEY "" CACHE STRING
   "1024-bit RSA verification key: 324 hex characters, as vn-keygen prints them")
 set(VELNOR_SIGNING_KEY "" CACHE FILEPATH
   "Private key for rehearsals and tests, PEM; needed only with a VELNOR_PUBLIC_KEY of your own")
+set(VELNOR_DEMONSTRATION_KEY "${CMAKE_BINARY_DIR}/demo-key" CACHE PATH
+  "Folder of the key pair that is made where there is no VELNOR_PUBLIC_KEY")
 
 function(velnor_demonstration_key public_out private_out)
   find_program(OPENSSL_TOOL openssl REQUIRED)
-  set(folder "${CMAKE_BINARY_DIR}/demo-key")
+  set(folder "${VELNOR_DEMONSTRATION_KEY}")
   if(NOT EXISTS "${folder}/public.der")
     file(MAKE_DIRECTORY "${folder}")
     # Created through the umask, so that the key is never readable by others, not even for a moment.

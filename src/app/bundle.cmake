@@ -2,10 +2,6 @@
 # Contents, or GNUstep's with the program beside its Resources.
 velnor_room(app SOURCES app/failure_message.cc USES velnor_support)
 
-foreach(language English French German Japanese Spanish)
-  list(APPEND tables app/Resources/${language}.lproj/Localizable.strings)
-endforeach()
-
 add_executable(installer app/main.mm app/installer_controller.mm)
 target_link_libraries(installer PRIVATE velnor_app velnor_appkit velnor_capi velnor_display
   velnor_warnings)
@@ -13,30 +9,37 @@ set_target_properties(installer PROPERTIES OUTPUT_NAME Installer
   MACOSX_BUNDLE ON MACOSX_BUNDLE_INFO_PLIST "${CMAKE_CURRENT_SOURCE_DIR}/app/Info.plist.in")
 
 if(APPLE)
+  set(resources "${CMAKE_CURRENT_BINARY_DIR}/Resources")
   set(icon app/Resources/Installer.icns)
-  target_sources(installer PRIVATE ${icon} ${tables})
+  target_sources(installer PRIVATE ${icon})
   set_source_files_properties(${icon} PROPERTIES MACOSX_PACKAGE_LOCATION Resources)
-  foreach(table IN LISTS tables)
-    cmake_path(GET table PARENT_PATH folder)
-    cmake_path(GET folder FILENAME folder)
-    set_source_files_properties(${table} PROPERTIES MACOSX_PACKAGE_LOCATION Resources/${folder})
-  endforeach()
 else()
   set(bundle "${CMAKE_BINARY_DIR}/Installer.app")
+  set(resources "${bundle}/Resources")
+  set(icon "${resources}/Installer.png")
   set_target_properties(installer PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${bundle}")
-  configure_file(app/Info.plist.in "${bundle}/Resources/Info-gnustep.plist" @ONLY)
-  foreach(resource IN ITEMS app/Resources/Installer.png ${tables})
-    string(REPLACE app/Resources "${bundle}/Resources" copy "${resource}")
-    set(command "${CMAKE_COMMAND}" -E copy "${CMAKE_CURRENT_SOURCE_DIR}/${resource}" "${copy}")
-    if(resource IN_LIST tables)
-      # GNUstep reads a table as Unicode only when it begins with a mark that says so.
-      set(command iconv -f UTF-8 -t UTF-16 -o "${copy}" "${CMAKE_CURRENT_SOURCE_DIR}/${resource}")
-    endif()
-    cmake_path(GET copy PARENT_PATH folder)
-    file(MAKE_DIRECTORY "${folder}")
-    add_custom_command(OUTPUT "${copy}" COMMAND ${command} DEPENDS "${resource}" VERBATIM)
-    list(APPEND copies "${copy}")
-  endforeach()
-  add_custom_target(installer_resources DEPENDS ${copies})
-  add_dependencies(installer installer_resources)
+  configure_file(app/Info.plist.in "${resources}/Info-gnustep.plist" @ONLY)
+  add_custom_command(OUTPUT "${icon}" DEPENDS app/Resources/Installer.png VERBATIM
+    COMMAND "${CMAKE_COMMAND}" -E copy "${CMAKE_CURRENT_SOURCE_DIR}/app/Resources/Installer.png"
+      "${icon}")
+  set(copies "${icon}")
 endif()
+
+# GNUstep reads a table as Unicode only when it begins with a mark that says so, and Apple
+# recommends the same form.
+foreach(language English French German Japanese Spanish)
+  set(table "app/Resources/${language}.lproj/Localizable.strings")
+  set(copy "${resources}/${language}.lproj/Localizable.strings")
+  file(MAKE_DIRECTORY "${resources}/${language}.lproj")
+  add_custom_command(OUTPUT "${copy}" DEPENDS "${table}" VERBATIM
+    COMMAND sh -c "iconv -f UTF-8 -t UTF-16 \"$1\" >\"$2\"" sh
+      "${CMAKE_CURRENT_SOURCE_DIR}/${table}" "${copy}")
+  list(APPEND copies "${copy}")
+  if(APPLE)
+    target_sources(installer PRIVATE "${copy}")
+    set_source_files_properties("${copy}" PROPERTIES
+      MACOSX_PACKAGE_LOCATION "Resources/${language}.lproj")
+  endif()
+endforeach()
+add_custom_target(installer_resources DEPENDS ${copies})
+add_dependencies(installer installer_resources)
