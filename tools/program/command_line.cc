@@ -1,5 +1,6 @@
 #include "program/command_line.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -12,6 +13,8 @@
 #include <string>
 #include <system_error>
 #include <vector>
+
+#include "program/help.h"
 
 namespace program {
 namespace {
@@ -29,7 +32,11 @@ void explainExitStatus(CLI::App& app) {
 // An argument that nobody expects is told before what is missing: it may stand in its place.
 std::string complaint(const CLI::App& app, const CLI::ParseError& error) {
     const std::vector<std::string> unexpected = app.remaining(true);
-    return unexpected.empty() ? error.what() : "'" + unexpected.front() + "' was not expected";
+    if (unexpected.empty()) return error.what();
+    const std::vector<CLI::App*> chosen = app.get_subcommands();
+    const std::string meant = closest(chosen.empty() ? app : *chosen.front(), unexpected.front());
+    return "'" + unexpected.front() + "' was not expected" +
+           (meant.empty() ? "" : "; did you mean '" + meant + "'?");
 }
 
 const char* g_name = "";
@@ -69,25 +76,52 @@ int stop(const CLI::App& app, const CLI::ParseError& error) {
     }
     // A stream leaves out what it has no memory for, and CLI11 does not look.
     if (g_hasLackedMemory) throw std::bad_alloc();
-    (isWrong ? std::cerr : std::cout) << text.str();
+    if (isWrong) {
+        std::cerr << text.str();
+    } else {
+        std::cout << wrapped(text.str(), terminalColumns(STDOUT_FILENO));
+    }
     return isWrong ? kWrongUsage : 0;
+}
+
+// Where the caller has closed one of the three, the next file or socket that is opened would take
+// its place and get what is meant for the user. What stands there now fails when it is used.
+void occupyStandardFiles() {
+    for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(fd, F_GETFD) != -1 || errno != EBADF) continue;
+        if (open("/dev/null", fd == STDIN_FILENO ? O_WRONLY : O_RDONLY) != fd) return;
+    }
+}
+
+// A reader that has had enough, such as head(1), wants no complaint, and what was done is done.
+int finish(int status) try {
+    finishOutput();
+    return status;
+} catch (const std::system_error& error) {
+    if (error.code() == std::errc::broken_pipe) return status;
+    throw;
+}
+
+int parseAndRun(CLI::App& app, const Body& body, int argc, char** argv) {
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return finish(stop(app, error));
+    }
+    return finish(body());
 }
 
 }  // namespace
 
 int run(const char* name, const char* description, SetUp setUp, int argc, char** argv) try {
     g_name = name;
+    occupyStandardFiles();
     std::set_new_handler(noteLackOfMemory);
     std::set_terminate(onTerminate);
     CLI::App app(description, name);
     const Body body = setUp(app);
     explainExitStatus(app);
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::ParseError& error) {
-        return stop(app, error);
-    }
-    return body();
+    return parseAndRun(app, body, argc, argv);
 } catch (const std::bad_alloc&) {
     return sayOutOfMemory();
 } catch (const std::exception& error) {

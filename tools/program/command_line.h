@@ -16,13 +16,15 @@ using Body = std::function<int()>;
 /// Adds a program's options to `app` and returns what to do with them.
 using SetUp = Body (*)(CLI::App& app);
 
-/// Runs a program. Returns the exit status: the body's; 1 when anything throws, with the
-/// exception's message, or kOutOfMemory, on standard error behind the program's name; 2 for a
-/// command line that is wrong, with the reason behind the name and advice; 0 for --help, to which
-/// the exit statuses are added unless it ends with a footer of its own.
+/// Runs a program. Returns the exit status: the body's; 1 when anything throws or what was printed
+/// got lost, with the exception's message, or kOutOfMemory, on standard error behind the program's
+/// name, but for what the reader of a pipe did not stay for; 2 for a command line that is wrong,
+/// with the reason behind the name and advice; 0 for --help, to which the exit statuses are added
+/// unless it ends with a footer of its own.
 int run(const char* name, const char* description, SetUp setUp, int argc, char** argv);
 
-/// Flushes standard output. Throws std::system_error when something that was printed got lost.
+/// Flushes standard output, which is done at the end in any case. Throws std::system_error when
+/// something that was printed got lost.
 void finishOutput();
 
 }  // namespace program

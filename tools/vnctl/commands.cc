@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <exception>
+#include <filesystem>
 #include <iostream>
 #include <limits>
 #include <new>
@@ -11,6 +12,7 @@
 #include "api/request_path.h"
 #include "support/encodings.h"
 #include "support/owned.h"
+#include "support/paths.h"
 #include "support/product.h"
 #include "velnor/capi.h"
 #include "vnctl/record.h"
@@ -37,17 +39,54 @@ int sayFailure(const Request& request, uint32_t code, const char* message, int s
     return status;
 }
 
-int run(const Request& request, const std::function<int()>& work) try {
-    const int status = work();
-    program::finishOutput();
-    return status;
-} catch (const Failure& failure) {
-    return sayFailure(request, failure.code(), failure.what(), failure.status());
-} catch (const std::bad_alloc&) {
-    // Without memory for JSON either, this throws once more, and the whole program ends with it.
-    return sayFailure(request, INSTALL_ERROR_INSUFFICIENTMEMORY, program::kOutOfMemory, kFailed);
-} catch (const std::exception& failure) {
-    return sayFailure(request, INSTALL_ERROR_INTERNAL, failure.what(), kFailed);
+std::string checkName(const std::string& name) {
+    const bool plain =
+        std::all_of(name.begin(), name.end(), [](char c) { return c >= ' ' && c <= '~'; });
+    // The name is a line of the registry and a part of the user agent.
+    return plain && !name.empty() && name.size() <= kLongestName
+               ? ""
+               : "The name must be 1 to " + std::to_string(kLongestName) +
+                     " printable ASCII characters.";
+}
+
+CLI::Option* addCidOption(CLI::App& app, Request& request, const std::string& description) {
+    return app.add_option("--cid", request.cid, description)
+        ->type_name("N")
+        ->capture_default_str()
+        ->check(notNegative());
+}
+
+void addOutputOptions(CLI::App& app, Request& request) {
+    app.add_flag("--json", request.asJSON,
+                 "Answer in JSON, failures too, but for a wrong command line");
+    app.add_flag("-q,--quiet", request.isQuiet, "No progress and no success in words");
+}
+
+// What stood before the subcommand counts as if it stood behind it.
+void takeCommonOptions(const CLI::App& app, const CLI::App& command, Request& request) {
+    request.asJSON = request.asJSON || app.count("--json") > 0;
+    request.isQuiet = request.isQuiet || app.count("--quiet") > 0;
+    if (app.count("--cid") == 0) return;
+    const CLI::Option* own = command.get_option_no_throw("--cid");
+    if (own == nullptr) {
+        throw CLI::ValidationError("--cid", "'" + command.get_name() + "' takes no such number.");
+    }
+    if (own->count() == 0) request.cid = app.get_option("--cid")->as<int32_t>();
+}
+
+}  // namespace
+
+void addCommonOptions(CLI::App& app, Request& request) {
+    addOutputOptions(app, request);
+    addCidOption(app, request, kAsker);
+}
+
+void addUrl(CLI::App& command, Request& request) {
+    command.add_option("URL", request.url, "The download's URL")->required()->check(checkUrl);
+}
+
+void addCid(CLI::App& command, Request& request, const std::string& description) {
+    addCidOption(command, request, description);
 }
 
 std::string checkUrl(const std::string& url) {
@@ -61,34 +100,25 @@ std::string checkUrl(const std::string& url) {
                      " characters, percent-encoded.";
 }
 
-std::string checkName(const std::string& name) {
-    const bool plain =
-        std::all_of(name.begin(), name.end(), [](char c) { return c >= ' ' && c <= '~'; });
-    // The name is a line of the registry and a part of the user agent.
-    return plain && !name.empty() && name.size() <= kLongestName
-               ? ""
-               : "The name must be 1 to " + std::to_string(kLongestName) +
-                     " printable ASCII characters.";
-}
-
-}  // namespace
-
-void addUrl(CLI::App& command, Request& request) {
-    command.add_option("URL", request.url, "The download's URL")->required()->check(checkUrl);
-}
-
 void setWork(CLI::App& command, program::Body& chosen, const std::shared_ptr<Request>& request,
              std::initializer_list<ExitStatus> statuses, std::function<int()> work) {
-    command.add_option("--cid", request->cid, "The number of the application that asks")
-        ->type_name("N")
-        ->capture_default_str()
-        ->check(notNegative());
-    command.add_flag("--json", request->asJSON,
-                     "Answer in JSON, failures too, but for a wrong command line");
+    addOutputOptions(command, *request);
     command.footer(exitStatusHelp(statuses));
-    command.callback([request, &chosen, work = std::move(work)] {
-        chosen = [request, work] { return run(*request, work); };
+    command.callback([request, &chosen, &command, work = std::move(work)] {
+        takeCommonOptions(*command.get_parent(), command, *request);
+        chosen = [request, work] { return attempt(*request, work); };
     });
+}
+
+int attempt(const Request& request, const std::function<int()>& work) try {
+    return work();
+} catch (const Failure& failure) {
+    return sayFailure(request, failure.code(), failure.what(), failure.status());
+} catch (const std::bad_alloc&) {
+    // Without memory for JSON either, this throws once more, and the whole program ends with it.
+    return sayFailure(request, INSTALL_ERROR_INSUFFICIENTMEMORY, program::kOutOfMemory, kFailed);
+} catch (const std::exception& failure) {
+    return sayFailure(request, INSTALL_ERROR_INTERNAL, failure.what(), kFailed);
 }
 
 void addName(CLI::App& command, std::string& name, const std::string& description) {
@@ -114,10 +144,17 @@ int sayDone(const Request& request, const std::string& message, const char* path
         object.text("result", "ok");
         if (path != nullptr) object.text("path", path);
         object.print();
-    } else {
-        std::cout << message << std::endl;
+    } else if (!request.isQuiet) {
+        std::cout << message << '\n';
     }
     return kDone;
+}
+
+std::string whereTheLogIs() {
+    const velnor::OwnedText log(_vn_getInstallPathForFile(velnor::kLogFileName));
+    std::error_code unknown;
+    if (!log || !std::filesystem::exists(log.get(), unknown)) return "";
+    return std::string(". The log is ") + log.get();
 }
 
 }  // namespace vnctl

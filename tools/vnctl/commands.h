@@ -24,22 +24,38 @@ void addPause(CLI::App& app, program::Body& chosen);
 void addDelete(CLI::App& app, program::Body& chosen);
 void addRunTasks(CLI::App& app, program::Body& chosen);
 
-/// What subcommands that talk to the client are told on the command line.
+/// What subcommands are told on the command line.
 struct Request {
-    std::string url;  // empty for subcommands that are about no download
+    std::string url;  // empty for subcommands that are not about one download
     int32_t cid = 0;
     bool asJSON = false;
+    bool isQuiet = false;
 };
 
-/// Adds the URL to `command`. `request` must outlive the parsing.
-void addUrl(CLI::App& command, Request& request);
+/// What --cid is for most subcommands.
+inline constexpr char kAsker[] = "The number of the application that asks";
 
-/// Adds --cid and --json, and to the help the exit statuses: those of all requests and `statuses`.
-/// When the command line picks `command`, `work` is what to do, on `request`, of which it returns
-/// the exit status: failures that it throws are told on standard error, or as JSON on standard
-/// output.
+/// Adds to `app` the options of Request that may stand before the subcommand too. `request` must
+/// outlive the parsing.
+void addCommonOptions(CLI::App& app, Request& request);
+
+/// Adds the URL, or the number of the application, to `command`. `request` must outlive the
+/// parsing.
+void addUrl(CLI::App& command, Request& request);
+void addCid(CLI::App& command, Request& request, const std::string& description = kAsker);
+
+/// What is wrong with a URL on the command line; empty when nothing is.
+std::string checkUrl(const std::string& url);
+
+/// Adds --json and --quiet, and to the help the exit statuses: those of all requests and
+/// `statuses`. When the command line picks `command`, `work` is what to do, on `request`, and is
+/// told as attempt() does.
 void setWork(CLI::App& command, program::Body& chosen, const std::shared_ptr<Request>& request,
              std::initializer_list<ExitStatus> statuses, std::function<int()> work);
+
+/// The exit status that `work` returns. Failures that it throws are told on standard error, or as
+/// JSON on standard output.
+int attempt(const Request& request, const std::function<int()>& work);
 
 /// Adds --name, the application that `command` is about. It fills `name`, which keeps its value
 /// when the option is not given and must outlive the parsing.
@@ -51,9 +67,13 @@ CLI::Validator notNegative();
 /// How many characters of a request `text` takes, which goes there percent-encoded.
 size_t sizeInRequest(const std::string& text);
 
-/// Says that all went well: `message`, or {"result":"ok"}, with "path" unless that is null. Returns
-/// the exit status 0.
+/// Says that all went well: `message`, unless it is to be quiet, or {"result":"ok"}, with "path"
+/// unless that is null. Returns the exit status 0.
 int sayDone(const Request& request, const std::string& message, const char* path = nullptr);
+
+/// Where to read more about a failed installation, as the end of its message; empty when there is
+/// no log.
+std::string whereTheLogIs();
 
 }  // namespace vnctl
 

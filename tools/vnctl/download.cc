@@ -4,6 +4,7 @@
 #include <memory>
 #include <new>
 #include <string>
+#include <vector>
 
 #include "api/request_path.h"
 #include "support/owned.h"
@@ -32,6 +33,7 @@ constexpr size_t kAlwaysFits =
      1);
 
 struct Options : Request {
+    std::vector<std::string> urls;
     std::string path;
     std::string cookieFile;
     std::string queryAuthFile;
@@ -61,8 +63,18 @@ struct Secrets {
 
 const char* orNull(const std::string& text) { return text.empty() ? nullptr : text.c_str(); }
 
+// One of the downloads that were asked for.
+struct Order {
+    Order(const Client& client, const std::string& url) : download(client, url) {}
+
+    Download download;
+    bool wasComplete = false;
+    int status = kDone;  // what it has come to so far
+};
+using Orders = std::vector<std::unique_ptr<Order>>;
+
 void start(const Client& client, const Options& options, const Secrets& secrets,
-           const std::string& path) {
+           const std::string& url, const std::string& path) {
     DownloadOptions download = options.download;
     download.path = path.c_str();
     download.cookieString = orNull(secrets.cookie);
@@ -71,9 +83,9 @@ void start(const Client& client, const Options& options, const Secrets& secrets,
         download.basicAuthUser = secrets.login.user.c_str();
         download.basicAuthPassword = secrets.login.password.c_str();
     }
-    if (vn_downloadFile(client.handle(), client.cid(), options.url.c_str(), &download) == 0) return;
+    if (vn_downloadFile(client.handle(), client.cid(), url.c_str(), &download) == 0) return;
     const uint32_t code = vn_getLastError();
-    const size_t size = sizeInRequest(options.url) + sizeInRequest(path) + secrets.sizeInRequest();
+    const size_t size = sizeInRequest(url) + sizeInRequest(path) + secrets.sizeInRequest();
     if (code == INSTALL_ERROR_INTERNAL && size > kAlwaysFits) {
         throw Failure(code, "URL, path and secrets are too long together.", kWrongUsage);
     }
@@ -84,11 +96,13 @@ void start(const Client& client, const Options& options, const Secrets& secrets,
 }
 
 std::string interruptMessage(const Options& options) {
-    const velnor::OwnedText word(velnor::shellWord(printable(options.url).c_str()));
+    const velnor::OwnedText word(velnor::shellWord(printable(options.urls.front()).c_str()));
     if (!word) throw std::bad_alloc();
     std::string arguments = word.get();
     if (options.cid != 0) arguments += " --cid " + std::to_string(options.cid);
-    return "\nThe download goes on. To see how far it is:\n  vnctl attributes " + arguments +
+    const bool isOne = options.urls.size() == 1;
+    return std::string("\n") + (isOne ? "The download goes on." : "The downloads go on.") +
+           " To see how far it is:\n  vnctl attributes " + arguments +
            "\nTo stop it:\n  vnctl pause " + arguments + "\n";
 }
 
@@ -114,40 +128,100 @@ bool isStuck(const FileAttributes& file, int32_t before) {
            file.errorstring != nullptr && (file.error != 0 || file.suberror != 0);
 }
 
-int sayOutcome(const Options& options, const FileAttributes& file, bool isStuck) {
-    const std::string state = vn_fileStatusToString(file.status);
+void sayComplete(const FileAttributes& file, bool wasComplete) {
+    const std::string path = file.path != nullptr ? printable(file.path) : "";
+    std::cout << (wasComplete ? "Already downloaded" : vn_fileStatusToString(file.status)) << ": "
+              << path << ", " << humanSize(file.size) << '\n';
+}
+
+std::string failureText(const FileAttributes& file, bool isStuck) {
+    const std::string reason = file.errorstring != nullptr ? printable(file.errorstring) : "";
+    if (isStuck) return "The client could not go on: " + reason;
+    return vn_fileStatusToString(file.status) + (reason.empty() ? "" : ": " + reason) +
+           adviceFor(file.status);
+}
+
+// What a failure begins with where there are other downloads.
+std::string nameOf(const Options& options, const Order& order) {
+    return options.urls.size() == 1 ? "" : printable(order.download.url()) + ": ";
+}
+
+int sayOutcome(const Options& options, const Order& order, bool isStuck) {
+    const FileAttributes& file = order.download.record();
+    const bool isComplete = file.status == FILE_STATUS_COMPLETE;
     if (options.asJSON) {
         printRecord(file, true);
-    } else if (file.status == FILE_STATUS_COMPLETE) {
-        const std::string path = file.path != nullptr ? printable(file.path) : "";
-        std::cout << state << ": " << path << ", " << humanSize(file.size) << std::endl;
-    } else if (isStuck) {
-        std::cerr << "vnctl: The client could not go on: " << printable(file.errorstring)
-                  << std::endl;
-    } else {
-        const std::string reason =
-            file.errorstring != nullptr ? ": " + printable(file.errorstring) : "";
-        std::cerr << "vnctl: " << state << reason << adviceFor(file.status) << std::endl;
+    } else if (!isComplete) {
+        std::cerr << "vnctl: " + nameOf(options, order) + failureText(file, isStuck) + '\n';
+    } else if (!options.isQuiet) {
+        sayComplete(file, order.wasComplete);
     }
     return isStuck ? kDisk : exitStatusOfState(file.status);
 }
 
+bool isOnlyListed(const Options& options) {
+    return (options.download.flags & VN_DOWNLOAD_WAIT) != 0;
+}
+
+// Asks the client for the download, unless it has the whole file already.
+void begin(const Client& client, const Options& options, const Secrets& secrets, Order& order) {
+    const std::string& url = order.download.url();
+    const Target target = chooseTarget(order.download, options.path, options.mayReplace);
+    // Not even asked for again: the client may want its challenge to be written over the file.
+    order.wasComplete = target.isComplete && !options.mayReplace;
+    if (order.wasComplete) return;
+    if (target.isComplete)
+        check(vn_deleteFile(client.handle(), client.cid(), url.c_str(), nullptr));
+    start(client, options, secrets, url, target.path);
+    if (isOnlyListed(options)) {
+        sayDone(options, "It is on the client's list. 'vnctl download' begins it.",
+                target.path.c_str());
+    } else if (options.isDetached) {
+        sayDone(options, "The client downloads " + printable(target.path), target.path.c_str());
+    }
+}
+
+int watch(const Options& options, Order& order) {
+    const int32_t before = follow(order.download, options.asJSON || options.isQuiet);
+    return sayOutcome(options, order, isStuck(order.download.record(), before));
+}
+
+// As attempt(), but a failure names the download where there are others.
+template <class Work>
+int attemptOne(const Options& options, const Order& order, Work work) {
+    return attempt(options, [&] {
+        try {
+            return work();
+        } catch (const Failure& failure) {
+            throw Failure(failure.code(), nameOf(options, order) + failure.what(),
+                          failure.status());
+        }
+    });
+}
+
+// All begin before the first is watched, so that the client has them even when nobody waits.
 int download(const Options& options) {
     const Secrets secrets(options);
     const Client client(options.cid);
-    Download download(client, options.url);
-    const std::string path = chooseTarget(download, options.path, options.mayReplace);
-    start(client, options, secrets, path);
-    if ((options.download.flags & VN_DOWNLOAD_WAIT) != 0) {
-        return sayDone(options, "It is on the client's list. 'vnctl download' begins it.",
-                       path.c_str());
+    Orders orders;
+    for (const std::string& url : options.urls) {
+        Order& order = *orders.emplace_back(std::make_unique<Order>(client, url));
+        order.status = attemptOne(options, order, [&] {
+            begin(client, options, secrets, order);
+            return kDone;
+        });
     }
-    if (options.isDetached) {
-        return sayDone(options, "The client downloads " + printable(path), path.c_str());
+    const bool isWatched = !options.isDetached && !isOnlyListed(options);
+    if (isWatched) explainInterrupt(interruptMessage(options));
+    int firstFailure = kDone;
+    for (const std::unique_ptr<Order>& order : orders) {
+        const bool hasMore = order->status == kDone && (isWatched || order->wasComplete);
+        if (hasMore) {
+            order->status = attemptOne(options, *order, [&] { return watch(options, *order); });
+        }
+        if (firstFailure == kDone) firstFailure = order->status;
     }
-    explainInterrupt(interruptMessage(options));
-    const int32_t before = follow(download, options.asJSON);
-    return sayOutcome(options, download.record(), isStuck(download.record(), before));
+    return firstFailure;
 }
 
 void addFlag(CLI::App& command, Options& options, const char* name, uint32_t flag,
@@ -181,7 +255,7 @@ void addHowToDownload(CLI::App& command, Options& options) {
             "From the URL's own server only");
     addFlag(command, options, "--md5", VN_DOWNLOAD_CHECK_CONTENT_MD5,
             "Compute and compare the content's MD5");
-    addFlag(command, options, "--wait", VN_DOWNLOAD_WAIT,
+    addFlag(command, options, "--no-start,--wait", VN_DOWNLOAD_WAIT,
             "Put it on the client's list, do not begin yet");
 }
 
@@ -205,13 +279,19 @@ void addSecrets(CLI::App& command, Options& options) {
     }
 }
 
-void checkUrl(const Options& options) {
-    if (options.url.empty()) return;  // which is complained about elsewhere
-    if (!velnor::hasWebScheme(options.url.c_str())) {
-        throw CLI::ValidationError("URL", "It does not begin with http:// or https://.");
+void checkUrls(const Options& options) {
+    for (const std::string& url : options.urls) {
+        if (!velnor::hasWebScheme(url.c_str())) {
+            throw CLI::ValidationError("URL", "It does not begin with http:// or https://.");
+        }
+        if (isFolder(options.path) && fileNameOf(url).empty()) {
+            throw CLI::ValidationError("URL",
+                                       "It does not end with a file name; name one with --path.");
+        }
     }
-    if (!isFolder(options.path) || !fileNameOf(options.url).empty()) return;
-    throw CLI::ValidationError("URL", "It does not end with a file name; name one with --path.");
+    if (options.urls.size() > 1 && !isFolder(options.path)) {
+        throw CLI::ValidationError("--path", "Several files need a folder.");
+    }
 }
 
 void checkStandardInput(const Options& options) {
@@ -225,26 +305,28 @@ void checkStandardInput(const Options& options) {
 void addDownload(CLI::App& app, program::Body& chosen) {
     const auto options = std::make_shared<Options>();
     CLI::App* command = app.add_subcommand(
-        "download", "Download a URL, or go on with it, and show how far it is until it is there");
-    addUrl(*command, *options);
+        "download",
+        "Download URLs, or go on with them, and show how far they are until all are there");
+    command->add_option("URL", options->urls, "What to download")->required()->check(checkUrl);
+    addCid(*command, *options);
     command
-        ->add_option("--path", options->path,
+        ->add_option("-o,--path", options->path,
                      "The file, or its folder. Without it, the end of the URL's path is the name "
                      "of a file in the current folder")
         ->type_name("PATH")
         ->check(notEmpty);
-    command->add_flag("--force", options->mayReplace, "Replace a file that is there");
+    command->add_flag("--force", options->mayReplace,
+                      "Replace a file that is there; what is complete is fetched anew");
     addHowToDownload(*command, *options);
     addSecrets(*command, *options);
     command->add_flag("--detach", options->isDetached,
                       "Do not watch; the client goes on by itself");
     // While the command line is parsed, because that is where it is to be mended.
     command->parse_complete_callback([options] {
-        checkUrl(*options);
+        checkUrls(*options);
         checkStandardInput(*options);
     });
-    setWork(*command, chosen, options,
-            {kNotFound, kForbidden, kDisk, kAlreadyDownloaded, kPaused, kInterrupted},
+    setWork(*command, chosen, options, {kNotFound, kForbidden, kDisk, kPaused, kInterrupted},
             [options] { return download(*options); });
 }
 

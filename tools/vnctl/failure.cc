@@ -36,6 +36,18 @@ constexpr Kind kKinds[] = {
 // Every request can end with those up to here.
 constexpr ExitStatus kLastOfAll = kNetwork;
 
+// Codes of an installation with the same meanings.
+constexpr struct {
+    uint32_t code;
+    ExitStatus status;
+} kOfInstallation[] = {
+    {INSTALL_ERROR_CLIENT_NOTRESPONDING, kNotRunning},
+    {INSTALL_ERROR_DOWNLOAD_FAILURE, kNetwork},
+    {INSTALL_ERROR_DISK_WRITE, kDisk},
+    {INSTALL_ERROR_DISK_PATH_OPEN, kDisk},
+    {INSTALL_ERROR_FILE_ACCESS, kDisk},
+};
+
 template <class Matches>
 ExitStatus firstStatus(const Matches& matches) {
     const Kind* kind = std::find_if(std::begin(kKinds), std::end(kKinds), matches);
@@ -54,8 +66,7 @@ constexpr struct {
     {INSTALL_ERROR_FILEINUSE, "Close the programs that have the file open, and try again."},
     {INSTALL_ERROR_FILE_NOT_FOUND, "The client knows no such download."},
     {INSTALL_ERROR_ALREADY_DOWNLOADED,
-     "'vnctl attributes' shows where it is. To download it once more, first 'vnctl delete' it; "
-     "--keep-file leaves the file."},
+     "'vnctl attributes' shows where it is; 'vnctl download --force' fetches it anew."},
     {INSTALL_ERROR_THROTTLED, "The client did them a short while ago. Try again later."},
     {INSTALL_ERROR_DOWNLOAD_RESET, "'vnctl download' begins it anew."},
 };
@@ -63,6 +74,9 @@ constexpr struct {
 }  // namespace
 
 ExitStatus exitStatusOfCode(uint32_t code) {
+    for (const auto& [known, status] : kOfInstallation) {
+        if (known == code) return status;
+    }
     return firstStatus([code](const Kind& kind) { return kind.code == code; });
 }
 

@@ -4,8 +4,10 @@
 
 #include <algorithm>
 #include <chrono>
+#include <condition_variable>
 #include <csignal>
 #include <iostream>
+#include <mutex>
 #include <optional>
 #include <thread>
 #include <utility>
@@ -23,6 +25,8 @@ using Clock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds kAskInterval{250};
 constexpr std::chrono::seconds kRestartTimeout{10};
 constexpr std::chrono::seconds kLongestSilence{10};
+// Of the client, until it is told.
+constexpr std::chrono::seconds kUnansweredTimeout{2};
 // A longer time is a guess that says nothing.
 constexpr int64_t kLongestRemaining = 99 * 3600;
 
@@ -69,6 +73,7 @@ class Display {
 
     // Shows the state that a download is in now.
     void show(const FileAttributes& file) {
+        const std::lock_guard lock(mutex_);
         const unsigned percentage = percentageOf(file);
         sayWhyDisconnected(file);
         if (!progress_.isTerminal() && !isNews(file, percentage)) return;
@@ -76,6 +81,13 @@ class Display {
         lastStatus_ = file.status;
         lastPercentage_ = percentage;
         lastTime_ = Clock::now();
+    }
+
+    // Says that the client is silent. May be called on another thread.
+    void sayWaiting() {
+        const std::lock_guard lock(mutex_);
+        progress_.end();
+        std::cerr << "The client does not answer. Waiting for it...\n";
     }
 
   private:
@@ -94,15 +106,58 @@ class Display {
         if (lastError_ == file.errorstring) return;
         lastError_ = file.errorstring;
         progress_.end();
-        std::cout << "Disconnected: " << printable(lastError_) << ". The client tries again."
-                  << std::endl;
+        std::cerr << "Disconnected: " + printable(lastError_) + ". The client tries again.\n";
     }
 
+    std::mutex mutex_;
     Progress progress_;
     std::string lastError_;
     Clock::time_point lastTime_;
     int32_t lastStatus_ = -1;
     unsigned lastPercentage_ = 0;
+};
+
+// Has it said, once until the client answers again, that there is no answer: a question may take
+// half a minute until it fails.
+class SilenceWatch {
+  public:
+    explicit SilenceWatch(Display& display) : display_(display), thread_([this] { watch(); }) {}
+    ~SilenceWatch() {
+        tell([this] { isOver_ = true; });
+        thread_.join();
+    }
+    SilenceWatch(const SilenceWatch&) = delete;
+    SilenceWatch& operator=(const SilenceWatch&) = delete;
+
+    void clientHasAnswered() {
+        tell([this] { lastAnswer_ = Clock::now(); });
+    }
+
+  private:
+    template <class Change>
+    void tell(Change change) {
+        const std::lock_guard lock(mutex_);
+        change();
+        changed_.notify_all();
+    }
+
+    void watch() {
+        std::unique_lock lock(mutex_);
+        while (!isOver_) {
+            const Clock::time_point answer = lastAnswer_;
+            const auto isNews = [&] { return isOver_ || lastAnswer_ != answer; };
+            if (changed_.wait_until(lock, answer + kUnansweredTimeout, isNews)) continue;
+            display_.sayWaiting();
+            changed_.wait(lock, isNews);
+        }
+    }
+
+    Display& display_;
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    Clock::time_point lastAnswer_ = Clock::now();
+    bool isOver_ = false;
+    std::thread thread_;  // begins last: it uses the others
 };
 
 bool isFinal(int32_t status) {
@@ -140,9 +195,11 @@ void onInterrupt(int /*signal*/) {
 
 int32_t follow(Download& download, bool isQuiet) {
     std::optional<Display> display;
-    if (!isQuiet) display.emplace();
+    std::optional<SilenceWatch> watch;
+    if (!isQuiet) watch.emplace(display.emplace());
     for (int32_t before = FILE_STATUS_UNKNOWN;; before = download.record().status) {
         askUntilAnswered(download);
+        if (watch) watch->clientHasAnswered();
         if (display) display->show(download.record());
         if (isFinal(download.record().status)) return before;
         std::this_thread::sleep_for(kAskInterval);

@@ -13,10 +13,9 @@ namespace {
 // The engine drops a longer EULA record silently; with the longest number, this much text fits.
 constexpr size_t kLongestEula = 1024 - (sizeof "2147483647_" - 1) - (sizeof "\r\n" - 1);
 
-struct Options {
+struct Options : Request {
     std::string name = "Velnor";
     std::string eula;
-    int32_t cid = 0;
 };
 
 // One for the whole process, because the engine's callback takes no argument of ours.
@@ -25,7 +24,8 @@ Progress& progress() {
     return instance;
 }
 
-void onProgress(uint32_t percentage, uint32_t /*reserved*/) { progress().show(percentage); }
+void showProgress(uint32_t percentage, uint32_t /*reserved*/) { progress().show(percentage); }
+void ignoreProgress(uint32_t /*percentage*/, uint32_t /*reserved*/) {}
 
 std::string checkEula(const std::string& text) {
     const bool valid = !text.empty() && text.size() <= kLongestEula &&
@@ -35,22 +35,31 @@ std::string checkEula(const std::string& text) {
                        " bytes.";
 }
 
+// Neither makes a record without the other.
+void checkRecord(const CLI::App& app, const CLI::App& command) {
+    const bool hasCid = command.count("--cid") + app.count("--cid") > 0;
+    const bool hasEula = command.count("--eula") > 0;
+    if (hasEula && !hasCid) throw CLI::RequiresError("--eula", "--cid");
+    if (hasCid && !hasEula) throw CLI::RequiresError("--cid", "--eula");
+}
+
 int install(const Options& options) {
     std::string detail(VN_ERROR_DETAIL_SIZE, '\0');
     InstallContext context{};
     context.structSize = sizeof context;
-    context.progress = onProgress;
+    const bool isSilent = options.isQuiet || options.asJSON;
+    context.progress = isSilent ? ignoreProgress : showProgress;
     context.errorDetail = detail.data();
 
     const char* eula = options.eula.empty() ? nullptr : options.eula.c_str();
     const bool installed = vn_install(options.name.c_str(), options.cid, eula, &context) == 0;
     // A success may leave the last error as it was, so it is not asked for.
     const uint32_t code = installed ? uint32_t{INSTALL_ERROR_OK} : vn_getLastError();
-    if (installed) progress().show(100);
-    progress().end();
+    if (installed && !isSilent) progress().show(100);
+    if (!isSilent) progress().end();
     const std::string text = resultText(code, detail.data());
-    (installed ? std::cout : std::cerr << "vnctl: ") << text << std::endl;
-    return installed ? kDone : kFailed;
+    if (!installed) throw Failure(code, text + whereTheLogIs());
+    return sayDone(options, text);
 }
 
 }  // namespace
@@ -60,13 +69,12 @@ void addInstall(CLI::App& app, program::Body& chosen) {
     CLI::App* command = app.add_subcommand(
         "install", "Install and start the client, and register an application with it");
     addName(*command, options->name, "The application to register");
-    auto* eula =
+    CLI::Option* eula =
         command->add_option("--eula", options->eula, "The EULA that the user has accepted");
-    auto* cid =
-        command->add_option("--cid", options->cid, "The application's number in its record");
-    eula->type_name("TEXT")->check(checkEula)->needs(cid);
-    cid->type_name("N")->check(notNegative())->needs(eula);
-    command->callback([options, &chosen] { chosen = [options] { return install(*options); }; });
+    addCid(*command, *options, "The application's number in its record");
+    eula->type_name("TEXT")->check(checkEula);
+    setWork(*command, chosen, options, {kDisk}, [options] { return install(*options); });
+    command->parse_complete_callback([&app, command] { checkRecord(app, *command); });
 }
 
 }  // namespace vnctl

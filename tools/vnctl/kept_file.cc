@@ -1,15 +1,20 @@
-// By rename(2), which a signal handler may use.
 #include "vnctl/kept_file.h"
 
-#include <stdlib.h>
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
+#ifdef __linux__
+#include <linux/fs.h>
+#endif
 
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
-#include <filesystem>
-#include <new>
+#include <vector>
 
 #include "velnor/capi.h"
 #include "vnctl/failure.h"
@@ -18,72 +23,122 @@
 namespace vnctl {
 namespace {
 
-constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP};
+class Descriptor {
+  public:
+    explicit Descriptor(int fd) : fd_(fd) {}
+    ~Descriptor() {
+        if (fd_ >= 0) close(fd_);
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
 
-// Where a signal handler finds them.
-struct Places {
-    std::string home;
-    std::string folder;
-    std::string file;
-    std::string whereItIs;  // said when it cannot be put back
+    int get() const { return fd_; }
+
+  private:
+    int fd_;
 };
-Places g_places;
-volatile std::sig_atomic_t g_isAway = 0;
 
-void putBack() {
-    if (g_isAway == 0) return;
-    g_isAway = 0;
-    const bool isBack = std::rename(g_places.file.c_str(), g_places.home.c_str()) == 0;
-    // Not there: a signal came before it was moved.
-    if (isBack || errno == ENOENT) {
-        rmdir(g_places.folder.c_str());
-    } else if (write(STDERR_FILENO, g_places.whereItIs.data(), g_places.whereItIs.size()) < 0) {
-        _exit(1);
+// The bytes are shared where the file system can do that.
+bool copyBytes(int from, int to) {
+#ifdef FICLONE
+    if (ioctl(to, FICLONE, from) == 0) return true;
+#endif
+    std::vector<char> buffer(1 << 20);
+    for (;;) {
+        const ssize_t size = read(from, buffer.data(), buffer.size());
+        if (size <= 0) return size == 0;
+        for (ssize_t at = 0; at < size;) {
+            const ssize_t written = write(to, buffer.data() + at, static_cast<size_t>(size - at));
+            if (written < 0) return false;
+            at += written;
+        }
     }
 }
 
-void onSignal(int signal) {
-    putBack();
-    _exit(128 + signal);
+timespec changeOf(const struct stat& file) {
+#ifdef __APPLE__
+    return file.st_mtimespec;
+#else
+    return file.st_mtim;
+#endif
 }
 
-void nameFile() try {
-    g_places.file = g_places.folder + "/file";
-    g_places.whereItIs =
-        "vnctl: The file could not be put back. It is " + printable(g_places.file) + "\n";
-} catch (const std::bad_alloc&) {
-    rmdir(g_places.folder.c_str());
-    throw;
+bool isUntouched(const struct stat& before, const char* path) {
+    struct stat now {};
+    const timespec then = changeOf(before);
+    return lstat(path, &now) == 0 && now.st_ino == before.st_ino && now.st_dev == before.st_dev &&
+           now.st_size == before.st_size && changeOf(now).tv_sec == then.tv_sec &&
+           changeOf(now).tv_nsec == then.tv_nsec;
 }
 
-void moveAway() {
-    if (mkdtemp(g_places.folder.data()) != nullptr) {
-        nameFile();
-        g_isAway = 1;
-        if (std::rename(g_places.home.c_str(), g_places.file.c_str()) == 0) return;
-        g_isAway = 0;
-        const int error = errno;
-        rmdir(g_places.folder.c_str());
-        errno = error;
+// The copy is the user's file in everything that this program may set.
+bool copyAside(const std::string& path, const struct stat& file, std::string& copy) {
+    const Descriptor from(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+    if (from.get() < 0) return false;
+    const Descriptor to(mkstemp(copy.data()));
+    if (to.get() < 0) return false;
+    const timespec times[] = {{0, UTIME_OMIT}, changeOf(file)};
+    if (copyBytes(from.get(), to.get()) && fchmod(to.get(), file.st_mode & 07777) == 0 &&
+        (fchown(to.get(), file.st_uid, file.st_gid) == 0 || errno == EPERM) &&
+        futimens(to.get(), times) == 0) {
+        return true;
     }
-    throw Failure(INSTALL_ERROR_DISK, "Cannot protect " + printable(g_places.home) +
+    const int error = errno;
+    unlink(copy.c_str());
+    errno = error;
+    return false;
+}
+
+// The life of the guard, which calls nothing that another thread of the program could have left
+// locked. No terminal and no shell ends it.
+[[noreturn]] void guard(int lifeline, const struct stat& before, const char* path, const char* copy,
+                        const std::string& whereItIs) {
+    setsid();
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) std::signal(signal, SIG_IGN);
+    char nothing = 0;
+    while (read(lifeline, &nothing, 1) < 0 && errno == EINTR) {
+    }
+    if (isUntouched(before, path)) _exit(unlink(copy));
+    if (std::rename(copy, path) == 0) _exit(0);
+    if (write(STDERR_FILENO, whereItIs.data(), whereItIs.size()) < 0) _exit(1);
+    _exit(1);
+}
+
+[[noreturn]] void fail(const std::string& path) {
+    throw Failure(INSTALL_ERROR_DISK, "Cannot protect " + printable(path) +
                                           " from the client: " + std::strerror(errno));
 }
 
 }  // namespace
 
 KeptFile::KeptFile(const std::string& path) {
-    std::error_code none;
-    if (std::filesystem::symlink_status(path, none).type() != std::filesystem::file_type::regular) {
-        return;
+    struct stat file {};
+    if (lstat(path.c_str(), &file) != 0 || !S_ISREG(file.st_mode)) return;
+    std::string copy = path + ".XXXXXX";
+    if (!copyAside(path, file, copy)) fail(path);
+    const std::string whereItIs =
+        "vnctl: The file could not be put back. It is " + printable(copy) + "\n";
+    int ends[2] = {-1, -1};
+    if (pipe(ends) == 0) guard_ = fork();
+    if (guard_ == 0) {
+        close(ends[1]);
+        guard(ends[0], file, path.c_str(), copy.c_str(), whereItIs);
     }
-    g_places = {path, path + ".XXXXXX", "", ""};
-    for (const int signal : kSignals) {
-        if (std::signal(signal, onSignal) == SIG_IGN) std::signal(signal, SIG_IGN);
-    }
-    moveAway();
+    const int error = errno;
+    close(ends[0]);
+    lifeline_ = ends[1];
+    if (guard_ > 0) return;
+    close(lifeline_);
+    unlink(copy.c_str());
+    errno = error;
+    fail(path);
 }
 
-KeptFile::~KeptFile() { putBack(); }
+KeptFile::~KeptFile() {
+    if (guard_ <= 0) return;
+    close(lifeline_);
+    while (waitpid(guard_, nullptr, 0) < 0 && errno == EINTR) {
+    }
+}
 
 }  // namespace vnctl

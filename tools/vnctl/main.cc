@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "program/command_line.h"
+#include "program/help.h"
 #include "vnctl/commands.h"
 
 namespace {
@@ -19,9 +20,12 @@ program::Body setUp(CLI::App& app) {
     vnctl::addPause(app, *chosen);
     vnctl::addDelete(app, *chosen);
     vnctl::addRunTasks(app, *chosen);
+    program::addHelp(app, *chosen);
+    const auto common = std::make_shared<vnctl::Request>();
+    vnctl::addCommonOptions(app, *common);
     app.footer(
-        "Exit status: 0 done, 2 wrong command line; 'vnctl SUBCOMMAND --help' tells the others.");
-    return [chosen] { return (*chosen)(); };
+        "Exit status: 0 done, 2 wrong command line; 'vnctl help SUBCOMMAND' tells the others.");
+    return [chosen, common] { return (*chosen)(); };
 }
 
 }  // namespace

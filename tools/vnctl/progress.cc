@@ -1,10 +1,11 @@
 #include "vnctl/progress.h"
 
-#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <iostream>
+
+#include "program/help.h"
 
 namespace vnctl {
 namespace {
@@ -15,13 +16,6 @@ constexpr size_t kNarrowestBar = 10;
 // What a line holds besides the bar: "[", "] 100%" and a last column that stays free, because some
 // terminals begin a new line as soon as it is used.
 constexpr size_t kBesidesBar = 8;
-constexpr size_t kUsualColumns = 80;
-
-size_t terminalColumns() {
-    winsize size{};
-    const bool known = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col != 0;
-    return known ? size.ws_col : kUsualColumns;
-}
 
 // The details that fit into `room` columns.
 std::string fittingText(const std::vector<std::string>& details, size_t room) {
@@ -42,25 +36,25 @@ std::string bar(size_t width, unsigned percentage) {
 
 }  // namespace
 
-Progress::Progress() : isTerminal_(isatty(STDOUT_FILENO) == 1) {}
+Progress::Progress() : isTerminal_(isatty(STDERR_FILENO) == 1) {}
 
 void Progress::show(unsigned percentage, const std::vector<std::string>& details) {
     percentage = std::min(percentage, 100U);
     if (isTerminal_) return redraw(percentage, details);
-    std::cout << percentage << '%';
-    for (const std::string& detail : details) std::cout << ", " << detail;
-    std::cout << std::endl;
+    std::string line = std::to_string(percentage) + '%';
+    for (const std::string& detail : details) line += ", " + detail;
+    std::cerr << line + '\n';
 }
 
 void Progress::end() {
-    if (isLineOpen_) std::cout << std::endl;
+    if (isLineOpen_) std::cerr << '\n';
     isLineOpen_ = false;
     lineSize_ = 0;
     widestDetails_ = 0;
 }
 
 void Progress::redraw(unsigned percentage, const std::vector<std::string>& details) {
-    const size_t columns = terminalColumns();
+    const size_t columns = program::terminalColumns(STDERR_FILENO);
     const size_t room = columns - std::min(columns, kBesidesBar);
     const size_t forDetails = room - std::min(room, kNarrowestBar);
     const std::string text = fittingText(details, forDetails);
@@ -69,7 +63,7 @@ void Progress::redraw(unsigned percentage, const std::vector<std::string>& detai
     const std::string line = bar(std::min(kWidestBar, room - widestDetails_), percentage) + text;
     // What a longer line has left behind is wiped out, but not beyond the terminal's edge.
     const size_t left = std::min(lineSize_, columns - 1);
-    std::cout << '\r' << line << std::string(left - std::min(left, line.size()), ' ') << std::flush;
+    std::cerr << '\r' + line + std::string(left - std::min(left, line.size()), ' ');
     lineSize_ = line.size();
     isLineOpen_ = true;
 }

@@ -1,4 +1,4 @@
-// Progress on standard output: a bar that is redrawn in place on a terminal, a line a step
+// Progress on standard error: a bar that is redrawn in place on a terminal, a line a step
 // elsewhere.
 #ifndef VELNOR_TOOLS_VNCTL_PROGRESS_H
 #define VELNOR_TOOLS_VNCTL_PROGRESS_H

@@ -81,7 +81,7 @@ JSONObject& JSONObject::text(const char* key, const char* value) {
 
 void JSONObject::print() {
     writer_.EndObject();
-    std::cout << buffer_.GetString() << std::endl;
+    std::cout << buffer_.GetString() << '\n';
 }
 
 void Record::boolean(const char* key, const char* label, bool value) {
@@ -116,7 +116,7 @@ void Record::print() {
     for (const auto& [label, value] : rows_) {
         table.append(label).append(widest + 2 - label.size(), ' ').append(value) += '\n';
     }
-    std::cout << table << std::flush;
+    std::cout << table;
 }
 
 void printRecord(const ClientAttributes& client, bool asJSON) {

@@ -1,7 +1,9 @@
 // The subcommands that are one request to the client: status, attributes, pause, delete, run-tasks.
 #include <memory>
 #include <optional>
+#include <string>
 
+#include "support/product.h"
 #include "vnctl/client.h"
 #include "vnctl/commands.h"
 #include "vnctl/kept_file.h"
@@ -31,6 +33,14 @@ int status(const Request& request) {
     const Client client(request.cid);
     ClientRecord record(client);
     check(vn_getAttributes(client.handle(), client.cid(), &record.attributes, 0));
+    const ClientAttributes& said = record.attributes;
+    // The library takes any JSON for an answer, in which a client's would have all of these.
+    if (said.executableversion == nullptr && said.configurationversion == nullptr &&
+        said.guid == nullptr) {
+        throw Failure(
+            INSTALL_ERROR_INTERNAL,
+            "What answers on port " + std::to_string(velnor::kClientPort) + " is not the client.");
+    }
     printRecord(record.attributes, request.asJSON);
     return kDone;
 }
@@ -90,6 +100,7 @@ int runTasks(const Request& request) {
 void addStatus(CLI::App& app, program::Body& chosen) {
     const auto request = std::make_shared<Request>();
     CLI::App* command = app.add_subcommand("status", "Show what the client says about itself");
+    addCid(*command, *request);
     setWork(*command, chosen, request, {}, [request] { return status(*request); });
 }
 
@@ -97,6 +108,7 @@ void addAttributes(CLI::App& app, program::Body& chosen) {
     const auto request = std::make_shared<Request>();
     CLI::App* command = app.add_subcommand("attributes", "Show the state of a download");
     addUrl(*command, *request);
+    addCid(*command, *request);
     setWork(*command, chosen, request, {kNotFound}, [request] { return attributes(*request); });
 }
 
@@ -105,6 +117,7 @@ void addPause(CLI::App& app, program::Body& chosen) {
     CLI::App* command =
         app.add_subcommand("pause", "Pause a download; 'vnctl download' takes it up again");
     addUrl(*command, *request);
+    addCid(*command, *request);
     setWork(*command, chosen, request, {kNotFound, kAlreadyDownloaded},
             [request] { return pause(*request); });
 }
@@ -114,6 +127,7 @@ void addDelete(CLI::App& app, program::Body& chosen) {
     CLI::App* command = app.add_subcommand("delete", "End a download and delete its file");
     addUrl(*command, *request);
     command->add_flag("--keep-file", request->keepFile, "Leave the file on the disk");
+    addCid(*command, *request);
     setWork(*command, chosen, request, {kNotFound, kDisk, kInUse},
             [request] { return deleteDownload(*request); });
 }
@@ -121,6 +135,7 @@ void addDelete(CLI::App& app, program::Body& chosen) {
 void addRunTasks(CLI::App& app, program::Body& chosen) {
     const auto request = std::make_shared<Request>();
     CLI::App* command = app.add_subcommand("run-tasks", "Let the client do its periodic tasks now");
+    addCid(*command, *request);
     setWork(*command, chosen, request, {kTooSoon}, [request] { return runTasks(*request); });
 }
 

@@ -99,17 +99,16 @@ bool isTaken(const std::string& path) {
 
 }  // namespace
 
-std::string chooseTarget(Download& download, const std::string& path, bool mayReplace) {
+Target chooseTarget(Download& download, const std::string& path, bool mayReplace) {
     lookUp(download);
     const FileAttributes& known = download.record();
     const bool staysThere = path.empty() && known.path != nullptr;
-    std::string target = staysThere ? known.path : absolutePath(path, download.url());
-    if (!isTaken(target)) return target;
-    // Not even asked for again: the client may want its challenge to be written over the file.
-    const bool isOurs = isSameFile(known.path, target);
-    if (isOurs && isDone(known)) throw failureOf(INSTALL_ERROR_ALREADY_DOWNLOADED);
+    Target target{staysThere ? known.path : absolutePath(path, download.url())};
+    if (!isTaken(target.path)) return target;
+    const bool isOurs = isSameFile(known.path, target.path);
+    target.isComplete = isOurs && isDone(known);
     if (isOurs || mayReplace) return target;
-    throw Failure(INSTALL_ERROR_DISK, printable(target) +
+    throw Failure(INSTALL_ERROR_DISK, printable(target.path) +
                                           " exists. Choose another file with --path, or let it be "
                                           "replaced with --force.");
 }

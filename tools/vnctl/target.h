@@ -15,11 +15,16 @@ std::string fileNameOf(const std::string& url);
 /// True when `path` names a folder, so that the file's name is still to be found.
 bool isFolder(const std::string& path);
 
-/// The absolute path of the file for `download`: `path`, in which a folder, or nothing for the
-/// current one, gets the name from the URL; without a path, where the client has the download
-/// already. Throws Failure when there is no name, or no such folder, when a file is there that is
-/// not this download's, unless `mayReplace`, and when it is this download's and complete.
-std::string chooseTarget(Download& download, const std::string& path, bool mayReplace);
+struct Target {
+    std::string path;         // absolute
+    bool isComplete = false;  // this download's file is there, and whole
+};
+
+/// Where the file for `download` is to be: `path`, in which a folder, or nothing for the current
+/// one, gets the name from the URL; without a path, where the client has the download already.
+/// Throws Failure when there is no name, or no such folder, and when a file is there that is not
+/// this download's, unless `mayReplace`.
+Target chooseTarget(Download& download, const std::string& path, bool mayReplace);
 
 }  // namespace vnctl
 

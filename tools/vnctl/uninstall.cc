@@ -17,7 +17,7 @@
 namespace vnctl {
 namespace {
 
-struct Options {
+struct Options : Request {
     std::string name = "Velnor";
     bool keepIdentity = false;
 };
@@ -62,33 +62,33 @@ bool clientStays() {
     return false;
 }
 
-int fail(const std::string& message) {
-    std::cerr << "vnctl: " << message << std::endl;
-    return kFailed;
-}
-
-int sayOutcome(const Options& options, const Installation& before, const Installation& after) {
+// What there is to say of it. Throws Failure when the client is not gone as it should be.
+std::string outcome(const Options& options, const Installation& before, const Installation& after) {
     if (after.applications > 0) {
         const bool hasLeft = after.applications < before.applications;
-        std::cout << options.name << (hasLeft ? " has left." : " was not registered.")
-                  << " The client stays for the applications that are registered." << std::endl;
-    } else if (after.isLoaded) {
-        return fail("The client's launch agent could not be unloaded; the client may still run.");
-    } else if (after.exists && !options.keepIdentity) {
-        return fail("The client was stopped, but not all of " + installPath() +
-                    " could be deleted.");
-    } else if (clientStays()) {
-        return fail("Something still answers on port " + std::to_string(velnor::kClientPort) +
-                    ": a client that was not started by its launch agent.");
-    } else if (!before.exists) {
-        std::cout << "Nothing was installed in " << installPath() << '.' << std::endl;
-    } else if (!after.exists) {
-        std::cout << "The client was removed." << std::endl;
-    } else {
-        std::cout << "The client was stopped and does not start again; its files stay in "
-                  << installPath() << '.' << std::endl;
+        return options.name + (hasLeft ? " has left." : " was not registered.") +
+               " The client stays for the applications that are registered.";
     }
-    return kDone;
+    if (after.isLoaded) {
+        throw Failure(INSTALL_ERROR_STOP,
+                      "The client's launch agent could not be unloaded; the "
+                      "client may still run" +
+                          whereTheLogIs());
+    }
+    if (after.exists && !options.keepIdentity) {
+        throw Failure(INSTALL_ERROR_DISK, "The client was stopped, but not all of " +
+                                              installPath() + " could be deleted" +
+                                              whereTheLogIs());
+    }
+    if (clientStays()) {
+        throw Failure(INSTALL_ERROR_STOP,
+                      "Something still answers on port " + std::to_string(velnor::kClientPort) +
+                          ": a client that was not started by its launch agent.");
+    }
+    if (!before.exists) return "Nothing was installed in " + installPath() + ".";
+    if (!after.exists) return "The client was removed.";
+    return "The client was stopped and does not start again; its files stay in " + installPath() +
+           ".";
 }
 
 int uninstall(const Options& options) {
@@ -96,12 +96,15 @@ int uninstall(const Options& options) {
     std::filesystem::current_path("/");
     const Installation before = look();
     // The client is given time, ten seconds or what its configuration says.
-    std::cout << "Uninstalling " << options.name << "..." << std::endl;
-    const uint32_t flags = options.keepIdentity ? VN_UNINSTALL_KEEP_IDENTITY : 0;
-    if (vn_uninstall(options.name.c_str(), flags) == 0) {
-        return sayOutcome(options, before, look());
+    if (!options.isQuiet && !options.asJSON) {
+        std::cerr << "Uninstalling " + options.name + "...\n";
     }
-    return fail(resultText(vn_getLastError(), ""));
+    const uint32_t flags = options.keepIdentity ? VN_UNINSTALL_KEEP_IDENTITY : 0;
+    if (vn_uninstall(options.name.c_str(), flags) != 0) {
+        const uint32_t code = vn_getLastError();
+        throw Failure(code, resultText(code, "") + whereTheLogIs());
+    }
+    return sayDone(options, outcome(options, before, look()));
 }
 
 }  // namespace
@@ -114,7 +117,7 @@ void addUninstall(CLI::App& app, program::Body& chosen) {
     command->add_flag("--keep-identity", options->keepIdentity,
                       "When the client is removed, leave its files in " + installPath() +
                           ", among them guid.ini, this machine's identity");
-    command->callback([options, &chosen] { chosen = [options] { return uninstall(*options); }; });
+    setWork(*command, chosen, options, {kDisk}, [options] { return uninstall(*options); });
 }
 
 }  // namespace vnctl
