@@ -34,8 +34,8 @@
  *   - A handle is for one thread at a time; other threads may have handles of their own.
  *   - A call blocks until the client has replied; after 30 seconds of silence it fails with 5.
  *   - A bad argument leaves code 1, and nothing is sent. Every call may also leave 2 (the client
- *     cannot be connected to), 3 (a request of 1024 characters or more, or a reply that makes no
- *     sense), 4 (no memory, or a reply with an empty body or one over 10 MiB) and 5 (the connection
+ *     cannot be connected to), 3 (a request that is too long, see vn_initialize(), or a reply that
+ *     makes no sense), 4 (no memory, or a reply with an empty body or one over 10 MiB) and 5 (the connection
  *     broke, or the client was silent; the connection is given up). Comments below name further
  *     codes only.
  *   - When the client has closed the connection since the last call (it was restarted, for
@@ -128,7 +128,12 @@ typedef struct ApiHandle ApiHandle;
  *
  *  Seeds rand(3) with the time. A connection is not opened before the first request.
  *
- *  @param userAgent  names the application to the client ("MyApp/1.0"); one line, copied.
+ *  @param userAgent  names the application to the client ("MyApp/1.0"); one line, copied. It goes
+ *                    with every request, and shares 950 bytes with the request's path. 54 of these
+ *                    is the least that a path takes, and 58 with a cid of one digit is what an
+ *                    order to download takes besides the URL and the options, which go there
+ *                    percent-encoded. The ping that is made here has a path of 17, so that a user
+ *                    agent of 897 to 933 bytes passes it, and every request after it fails with 3.
  *  @param handle     receives the handle, the caller's until vn_uninitialize(); untouched on
  *                    failure.
  *  @return 0, or -1 with code 1 (a null argument), 2 (no client answered, or it was silent for 30
@@ -226,12 +231,12 @@ typedef struct DownloadOptions {
  *
  *  @param handle   from vn_initialize().
  *  @param cid      the application's number.
- *  @param url      what to download. The whole request, with every option percent-encoded, has room
- *                  for 1023 characters, about 800 of them for the URL and the options. Without
- *                  options the URL has to stay 14 characters below that: so much longer is the
- *                  question about its state, which follows each order, and when it does not fit,
- *                  the call fails with 3 although the client has the order. (A deletion has a
- *                  request that is 29 characters longer.)
+ *  @param url      what to download. With every option percent-encoded it has to fit into a request
+ *                  beside the user agent, see vn_initialize(): some 870 bytes for both and the
+ *                  options. Without options the URL has to stay 14 below that: so much longer is
+ *                  the question about its state, which follows each order, and when it does not
+ *                  fit, the call fails with 3 although the client has the order. (A deletion has a
+ *                  request that is 29 bytes longer.)
  *  @param options  null for none.
  *  @return 0, or -1 with code 1 (also: the client does not take the URL, or reported an error; user
  *          and password too long), 13 (the client has no such download, also after the request: it
@@ -347,7 +352,9 @@ typedef struct InstallContext {
  *
  *  While an archive is unpacked, the current directory of the whole process is the install
  *  directory, and commands are run through system(3): until this returns, no other thread should
- *  use relative paths, change the current directory, or wait for children that are not its own.
+ *  use relative paths, change the current directory or the environment, or wait for children that
+ *  are not its own. While a command runs, the process ignores SIGINT and SIGQUIT. SIGCHLD should
+ *  not be ignored: what became of a command could not be told then, and counts as a success.
  *
  *  @param appName  the installing application's name; mandatory. It is registered, and sent as part
  *                  of the user agent: one line of printable ASCII, of at most 800 characters.

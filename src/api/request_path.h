@@ -7,7 +7,7 @@
 
 namespace velnor {
 
-/// Most characters of a path.
+/// Most characters of a path; beside a user agent fewer go out (net/socket_http.h).
 inline constexpr size_t kLongestRequest = 1023;
 
 /// Most bytes of "user:password", which goes into a request in Base64.

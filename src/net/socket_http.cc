@@ -17,7 +17,6 @@
 namespace velnor {
 namespace {
 
-constexpr size_t kRequestSize = 1024;
 constexpr uint32_t kHeadSize = 4096;
 constexpr uint32_t kShortestReply = 9;
 // "HTTP/1.1 " and what else is as long.
@@ -57,7 +56,7 @@ bool sendRequest(int32_t socket, const char* userAgent, const char* path, const 
     if (!isOneLine(userAgent) || !isOneLine(path) || !isOneLine(hostName)) {
         return fail(INSTALL_ERROR_INVALIDARGUMENT);
     }
-    char request[kRequestSize];
+    char request[kLongestHttpRequest + 1];
     const int length = std::snprintf(
         request, sizeof request,
         "GET /%s HTTP/1.0\r\nHost: %s\r\nUser-Agent: %s\r\nConnection: keep-alive\r\n\r\n", path,

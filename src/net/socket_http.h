@@ -3,7 +3,19 @@
 #ifndef VELNOR_NET_SOCKET_HTTP_H
 #define VELNOR_NET_SOCKET_HTTP_H
 
+#include <cstddef>
 #include <cstdint>
+
+namespace velnor {
+
+/// Most bytes of a request.
+inline constexpr size_t kLongestHttpRequest = 1023;
+
+/// What a request holds besides its path, its host's name and the user agent.
+inline constexpr size_t kRequestFrame =
+    sizeof "GET / HTTP/1.0\r\nHost: \r\nUser-Agent: \r\nConnection: keep-alive\r\n\r\n" - 1;
+
+}  // namespace velnor
 
 /// Sends a GET request for `path` (without its leading "/") on the connected `socket` and returns
 /// the reply's body with one NUL byte behind it, owned by the caller; null on failure. The status

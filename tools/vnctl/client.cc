@@ -4,7 +4,7 @@
 
 namespace vnctl {
 
-Client::Client(int32_t cid) : cid_(cid) { check(vn_initialize("vnctl/" VNCTL_VERSION, &handle_)); }
+Client::Client(int32_t cid) : cid_(cid) { check(vn_initialize(kUserAgent, &handle_)); }
 
 uint32_t Download::ask() {
     const int32_t result =

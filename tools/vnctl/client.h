@@ -6,9 +6,16 @@
 #include <string>
 #include <utility>
 
+#include "net/socket_http.h"
 #include "velnor/capi.h"
 
 namespace vnctl {
+
+inline constexpr char kUserAgent[] = "vnctl/" VNCTL_VERSION;
+
+/// Most characters of a request's path that go out with this user agent to "localhost".
+inline constexpr size_t kLongestPath = velnor::kLongestHttpRequest - velnor::kRequestFrame -
+                                       (sizeof "localhost" - 1) - (sizeof kUserAgent - 1);
 
 /// A connection to the client, on behalf of the application with the number `cid`.
 class Client {

@@ -15,15 +15,17 @@
 #include "support/paths.h"
 #include "support/product.h"
 #include "velnor/capi.h"
+#include "vnctl/client.h"
 #include "vnctl/record.h"
 
 namespace vnctl {
 namespace {
 
-// What the beginning of a question about a download's state leaves to the URL. No download has a
-// longer one, because it is asked with every order. What else does not fit, the library refuses.
-constexpr size_t kLongestUrl = velnor::kLongestRequest - (sizeof velnor::kApiVersion - 1) -
-                               (sizeof "api?function=getFileAttributes&cid=0&apiversion=&url=" - 1);
+// What a question about a download's state leaves to the URL. No download has a longer one, because
+// it is asked with every order.
+constexpr size_t kLongestUrl =
+    kLongestPath - (sizeof velnor::kApiVersion - 1) -
+    (sizeof "api?function=getFileAttributes&cid=2147483647&apiversion=&url=&complete" - 1);
 
 // The client is told of an application by a request with its name as the user agent. What else is
 // in the longest of these requests takes less than 200 characters.

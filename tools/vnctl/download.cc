@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "api/request_path.h"
 #include "support/owned.h"
 #include "support/product.h"
 #include "support/shell.h"
@@ -25,7 +24,7 @@ namespace {
 // Characters of a request that are left for texts when it holds every option and the longest
 // numbers.
 constexpr size_t kAlwaysFits =
-    velnor::kLongestRequest - (sizeof velnor::kApiVersion - 1) -
+    kLongestPath - (sizeof velnor::kApiVersion - 1) -
     (sizeof
      "api?function=downloadFile&cid=2147483647&apiversion=&url="
      "&targetspeed=2147483647&delayhttp=2147483647&checkcontentmd5&path=&backgroundDownload=1"

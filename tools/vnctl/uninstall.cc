@@ -12,6 +12,7 @@
 #include "support/paths.h"
 #include "support/product.h"
 #include "velnor/capi.h"
+#include "vnctl/client.h"
 #include "vnctl/commands.h"
 
 namespace vnctl {
@@ -47,7 +48,7 @@ Installation look() {
 
 bool clientAnswers() {
     ApiHandle* client = nullptr;
-    if (vn_initialize("vnctl/" VNCTL_VERSION, &client) != 0) return false;
+    if (vn_initialize(kUserAgent, &client) != 0) return false;
     vn_uninitialize(client, 0);
     return true;
 }
