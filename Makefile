@@ -110,7 +110,9 @@ torture: configure
 
 bench: configure
 	@cmake --build --preset $(PRESET) --parallel $(jobs) --target sandbox_world velnor_bench
-	@sandbox/enter --build $(build) -- $(build)/bench/velnor_bench
+	@sandbox/enter --build $(build) -- $(build)/bench/velnor_bench | tee build/bench.txt
+	@bench/plot build/bench.txt build/bench.svg
+	@echo 'The ratios as bars: build/bench.svg'
 
 # The counts lie under the path of the build folder, and gcovr wants them in it.
 coverage: export GCOV_PREFIX := $(CURDIR)/build/coverage/counts
