@@ -10,6 +10,7 @@ _vnctl_options() {
             echo --help --json --quiet --cid --path --force --speed --http-delay --background \
                 --origin-only --md5 --no-start --detach --cookie-file --query-auth-file --basic-auth-file
             ;;
+        diagnose) echo --help --json --quiet ;;
         help) ;;
         *) echo --help --version --json --quiet --cid ;;
     esac
@@ -17,7 +18,7 @@ _vnctl_options() {
 
 _vnctl() {
     local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
-    local subcommands='install uninstall status download attributes pause delete run-tasks help'
+    local subcommands='install uninstall status download attributes pause delete run-tasks diagnose help'
     COMPREPLY=()
     case $previous in
         -o | --path | --cookie-file | --query-auth-file | --basic-auth-file)

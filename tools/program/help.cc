@@ -42,10 +42,10 @@ std::string wrappedLine(std::string line, size_t columns) {
 size_t changes(const std::string& from, const std::string& to) {
     std::vector<size_t> row(to.size() + 1);
     std::iota(row.begin(), row.end(), 0);
-    for (size_t i = 0; i < from.size(); ++i) {
+    for (const char letter : from) {
         size_t diagonal = row[0]++;
         for (size_t j = 0; j < to.size(); ++j) {
-            const size_t replaced = diagonal + (from[i] == to[j] ? 0 : 1);
+            const size_t replaced = diagonal + (letter == to[j] ? 0 : 1);
             diagonal = row[j + 1];
             row[j + 1] = std::min({replaced, row[j] + 1, diagonal + 1});
         }

@@ -34,6 +34,9 @@ class Client {
     int32_t cid_;
 };
 
+/// Whether there is a client to connect to, started by whomever.
+bool clientAnswers();
+
 /// The state of one download, as the client told it last.
 class Download {
   public:

@@ -23,6 +23,7 @@ void addAttributes(CLI::App& app, program::Body& chosen);
 void addPause(CLI::App& app, program::Body& chosen);
 void addDelete(CLI::App& app, program::Body& chosen);
 void addRunTasks(CLI::App& app, program::Body& chosen);
+void addDiagnose(CLI::App& app, program::Body& chosen);
 
 /// What subcommands are told on the command line.
 struct Request {

@@ -20,6 +20,7 @@ program::Body setUp(CLI::App& app) {
     vnctl::addPause(app, *chosen);
     vnctl::addDelete(app, *chosen);
     vnctl::addRunTasks(app, *chosen);
+    vnctl::addDiagnose(app, *chosen);
     program::addHelp(app, *chosen);
     const auto common = std::make_shared<vnctl::Request>();
     vnctl::addCommonOptions(app, *common);

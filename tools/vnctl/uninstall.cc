@@ -46,13 +46,6 @@ Installation look() {
     return found;
 }
 
-bool clientAnswers() {
-    ApiHandle* client = nullptr;
-    if (vn_initialize(kUserAgent, &client) != 0) return false;
-    vn_uninitialize(client, 0);
-    return true;
-}
-
 // One that was told to stop may take a moment.
 bool clientStays() {
     constexpr int kLooks = 10;
