@@ -10,9 +10,17 @@ void addProgram(const std::string& name, const std::string& script) {
     harness::run("chmod 700 /tmp/bin/" + name);
 }
 
-// A system with the package bash, on which nobody may do more. apt-get knows the package nginx once
-// /tmp/lists is there, which root's "update" makes.
-void makeSystem(const std::string& list) {
+// It says this at last, and ends with this status.
+void expectEnd(const std::string& end) {
+    const std::string said =
+        harness::run("PATH=/tmp/bin bash '" INSTALL_PACKAGES "' /tmp/list 2>&1 </dev/null; echo $?")
+            .output;
+    EXPECT_TRUE(said.ends_with(end)) << said;
+}
+
+// On a system with the package bash. apt-get knows the package nginx once /tmp/lists is there,
+// which root's "update" makes.
+TEST(InstallPackages, InstallsOrUnpacksWhatIsMissingOrNamesIt) {
     harness::run(
         "mkdir /tmp/bin; cd /usr/bin; "
         "for i in bash cat dirname env grep mkdir mv rm sed; do ln -s $PWD/$i /tmp/bin; done");
@@ -22,42 +30,22 @@ void makeSystem(const std::string& list) {
                "echo \"$DEBIAN_FRONTEND $*\" >>/tmp/calls; case $1 in\n"
                "update) test ! -e /tmp/offline && : >/tmp/lists;;\n"
                "download) test -e /tmp/lists && echo content >nginx_1_all.deb;; esac\n");
-    harness::writeFile("/tmp/list", list);
-}
-
-void allowSudo() { addProgram("sudo", "test \"$1\" = -n && shift && exec \"$@\"\n"); }
-
-// It says this at last, and ends with this status.
-void expectEnd(const std::string& end) {
-    const std::string said =
-        harness::run("PATH=/tmp/bin bash '" INSTALL_PACKAGES "' /tmp/list 2>&1 </dev/null; echo $?")
-            .output;
-    EXPECT_TRUE(said.ends_with(end)) << said;
-}
-
-TEST(InstallPackages, InstallsWhatIsMissingOrNamesIt) {
-    makeSystem("# What for\ncmake\n\nbash    # a shell\nperl\n");
+    harness::writeFile("/tmp/list", "bash unpacked\nnginx unpacked  # a server\n");
+    expectEnd("\n  apt-get update\n0\n");  // only root may
+    harness::writeFile("/tmp/list",
+                       "# What for\ncmake\n\nbash    # a shell\nperl\nnginx unpacked\n");
     const std::string advice =
         "\nRun this as root, then try again:\n  apt-get install cmake perl\n1\n";
     expectEnd("only root can install them." + advice);
-    EXPECT_FALSE(harness::exists("/tmp/calls"));
-    allowSudo();
-    harness::writeFile("/tmp/offline", "");
+    addProgram("sudo", "test \"$1\" = -n && shift && exec \"$@\"\n");
+    harness::run("touch /tmp/offline");
     expectEnd("could not be installed." + advice);
-    harness::run("rm /tmp/offline");
-    expectEnd("\n0\n");
-    EXPECT_TRUE(harness::readFile("/tmp/calls")
-                    .ends_with("noninteractive update -qq\nnoninteractive install -qq -y "
-                               "--no-install-recommends -o Dpkg::Use-Pty=0 cmake perl\n"));
-}
-
-TEST(InstallPackages, UnpacksOnceAndGoesOnWhereItCannot) {
-    makeSystem("bash unpacked\nnginx unpacked  # a server\n");
     // What a run that was interrupted has left.
-    harness::run("mkdir -p /tmp/build/packages/.nginx/root/old");
-    expectEnd("\n  apt-get update\n0\n");  // only root may
-    allowSudo();
+    harness::run("rm /tmp/offline /tmp/calls; mkdir -p /tmp/build/packages/.nginx/root/old");
     expectEnd("it is not installed.\n0\n");
+    EXPECT_TRUE(harness::readFile("/tmp/calls")
+                    .starts_with("noninteractive update -qq\nnoninteractive install -qq -y "
+                                 "--no-install-recommends -o Dpkg::Use-Pty=0 cmake perl\n"));
     EXPECT_EQ(
         harness::run("cd /tmp/build/packages; find . -print -exec cat '{}' ';' 2>/dev/null").output,
         ".\n./nginx\n./nginx/file\ncontent\n");
