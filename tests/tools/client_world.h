@@ -2,6 +2,8 @@
 #ifndef TESTS_TOOLS_CLIENT_WORLD_H
 #define TESTS_TOOLS_CLIENT_WORLD_H
 
+#include <gtest/gtest.h>
+
 #include <atomic>
 #include <string>
 #include <vector>
@@ -10,7 +12,9 @@
 #include "sandbox/servers/raw_server.h"
 
 /// Standard output of vnctl in the folder /tmp/work; `arguments` may end with redirections.
-harness::CommandResult vnctl(const std::string& arguments);
+inline harness::CommandResult vnctl(const std::string& arguments) {
+    return harness::run("mkdir -p /tmp/work; cd /tmp/work; '" VNCTL "' " + arguments);
+}
 
 /// vnctl with these arguments, and what it is to end with and to say on either output.
 struct Outcome {
@@ -18,10 +22,13 @@ struct Outcome {
     int status;
     std::string message;
 };
-void expectOutcomes(const std::vector<Outcome>& outcomes);
-
-/// How the client misbehaves from now on.
-void setClientMode(const std::string& mode);
+inline void expectOutcomes(const std::vector<Outcome>& outcomes) {
+    for (const auto& [arguments, status, message] : outcomes) {
+        const harness::CommandResult result = vnctl("2>&1 " + arguments);
+        EXPECT_EQ(result.status, status) << arguments;
+        EXPECT_NE(result.output.find(message), std::string::npos) << result.output;
+    }
+}
 
 /// The stand-in client, started and answering.
 class RunningClient {
@@ -29,8 +36,20 @@ class RunningClient {
     RunningClient() { start(); }
     ~RunningClient() { stop(); }
 
-    void start();
-    void stop();
+    void start() {
+        pid_ = harness::run("'" STANDIN_CLIENT "' </dev/null >/dev/null 2>&1 & echo $!").output;
+        EXPECT_TRUE(
+            harness::eventually([] { return vnctl("status >/dev/null 2>&1").status == 0; }));
+    }
+    void stop() {
+        harness::run("kill " + pid_);
+        EXPECT_TRUE(harness::eventually([] { return vnctl("status 2>/dev/null").status == 3; }));
+    }
+
+    /// How it misbehaves from now on.
+    static void setMode(const std::string& mode) {
+        harness::writeFile("/tmp/standin_client.mode", mode);
+    }
 
   private:
     std::string pid_;
@@ -42,12 +61,14 @@ constexpr int kPort = 8080;
 inline const std::string kFilm = kHost + "/film.mov";
 
 /// 3 MiB in which no two parts are alike.
-const std::string& filmContent();
+inline const std::string& filmContent() {
+    static const std::string film = harness::run("head -c 3M /dev/urandom").output;
+    return film;
+}
 
 /// The server of kFilm, which stops in the middle of it until it is told to go on.
 class HalfServer {
   public:
-    HalfServer();
     ~HalfServer() { goOn(); }
 
     void goOn() {
@@ -56,8 +77,16 @@ class HalfServer {
     }
 
   private:
+    void send(int fd) {
+        const size_t half = filmContent().size() / 2;
+        const std::string head = "HTTP/1.1 200 OK\r\nContent-Length: 3145728\r\n\r\n";
+        sandbox::sendAll(fd, head + filmContent().substr(0, half));
+        goesOn_.wait(false);
+        sandbox::sendAll(fd, filmContent().substr(half));
+    }
+
     std::atomic<bool> goesOn_ = false;
-    sandbox::RawServer server_;
+    sandbox::RawServer server_{[this](int fd, const std::string&) { send(fd); }, kPort};
 };
 
 #endif

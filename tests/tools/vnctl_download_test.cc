@@ -34,7 +34,7 @@ TEST(VnctlDownload, BringsTheFileAndReplacesNobodysUnasked) {
     const std::string path = "/tmp/work/a film.mov";
     harness::run("mkdir /tmp/work; cd /tmp/work; ln -s /nowhere link; printf mine >'a film.mov'");
     // The proof that the client asks for is never written over what is there.
-    setClientMode("challenge proof");
+    RunningClient::setMode("challenge proof");
     for (const char* where : {"", " --path .", " --path ../work/a*", " --path link"}) {
         expectOutcomes({{"download " + url + where, 7, "exists. Choose another file"}});
     }

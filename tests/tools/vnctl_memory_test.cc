@@ -1,7 +1,6 @@
 // vnctl without memory, at every allocation since main() began: it does what it does otherwise, or
 // says so and fails, in order.
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 
 #include <set>
@@ -24,8 +23,6 @@ const std::set<std::pair<std::string, int>> kInOrder = {
 };
 
 TEST(VnctlMemory, EveryFailedAllocationEndsInOrder) {
-    const rlimit connections{65536, 65536};
-    setrlimit(RLIMIT_NOFILE, &connections);
     harness::writeFile("/tmp/film.mov", "content");
     for (const auto& [arguments, status] : {std::pair("no-subcommand-of-such-a-length", 2),
                                             {"delete --json --keep-file http://h/x", 0}}) {

@@ -40,7 +40,7 @@ TEST(VnctlRequests, ExitStatusTellsTheKindOfFailure) {
           {"throttle", {"run-tasks", 9, "throttled"}},
           {"drop", {"run-tasks", 3, "does not run"}},
           {"garbage", {"run-tasks", 1, "makes no sense"}}}) {
-        setClientMode(mode);
+        RunningClient::setMode(mode);
         expectOutcomes({outcome});
     }
 }
