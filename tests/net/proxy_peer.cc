@@ -5,7 +5,6 @@
 #include <stdlib.h>
 
 #include <algorithm>
-#include <sstream>
 
 #include "harness/harness.h"
 
@@ -25,19 +24,13 @@ ProxyPeer::~ProxyPeer() {
     harness::eventually([this] { return !harness::exists(folder_ + "/pid"); });
 }
 
-std::vector<std::string> ProxyPeer::requests() const {
-    std::vector<std::string> lines;
-    std::istringstream log(harness::readFile(folder_ + "/access"));
-    for (std::string line; std::getline(log, line);) lines.push_back(line);
-    return lines;
-}
-
 void ProxyPeer::expectRequests(std::vector<std::string> expected) const {
-    harness::eventually([&] { return requests().size() >= expected.size(); });
-    std::vector<std::string> seen = requests();
-    std::sort(seen.begin(), seen.end());
     std::sort(expected.begin(), expected.end());
-    EXPECT_EQ(seen, expected);
+    std::string lines;
+    for (const std::string& request : expected) lines += request + "\n";
+    const auto seen = [this] { return run("sort " + folder_ + "/access").output; };
+    harness::eventually([&] { return seen().size() >= lines.size(); });
+    EXPECT_EQ(seen(), lines);
 }
 
 void startKeyring() {
@@ -55,7 +48,7 @@ void storePassword(const std::string& protocol, const std::string& password, int
     const std::string command = "printf '%s' '" + password +
                                 "' | secret-tool store --label=proxy xdg:schema "
                                 "org.gnome.keyring.NetworkPassword user alice server 127.0.0.1 "
-                                "protocol " +
-                                protocol + " port " + std::to_string(port);
+                                "port " +
+                                std::to_string(port) + " protocol " + protocol;
     ASSERT_EQ(run(command).status, 0);
 }

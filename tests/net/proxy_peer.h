@@ -16,11 +16,8 @@ class ProxyPeer {
     ProxyPeer(const ProxyPeer&) = delete;
     ProxyPeer& operator=(const ProxyPeer&) = delete;
 
-    /// "METHOD status" of every request so far. One that has just been answered may not show yet.
-    std::vector<std::string> requests() const;
-
-    /// Waits until as many requests show, and compares them: in any order, since those of two
-    /// connections are logged as their processes come to it.
+    /// Compares "METHOD status" of every request so far, once as many show as are expected: in any
+    /// order, since those of two connections are logged as their processes come to it.
     void expectRequests(std::vector<std::string> expected) const;
 
   private:

@@ -3,6 +3,7 @@
 #include <stdlib.h>
 
 #include <chrono>
+#include <tuple>
 
 #include "net/origins.h"
 #include "net/proxy_credentials.h"
@@ -13,6 +14,7 @@ namespace {
 using std::chrono::steady_clock;
 
 constexpr char kPassword[] = "s3cret pass";
+constexpr char kWantsBasic[] = "Proxy-Authenticate: Basic realm=x\r\n";
 
 // From a server that asks for a password whatever it is sent.
 sandbox::RawServer demanding(const std::string& challenge, int port) {
@@ -47,12 +49,8 @@ class Proxy : public Origins {
 
 TEST_F(Proxy, PasswordFromTheKeyringGoesWithAnotherRequest) {
     startKeyring();
-    const struct {
-        Demand demand;
-        int port;
-        const char* password;
-        std::string second;  // the status of each second request
-    } rows[] = {
+    // With the status of each second request.
+    const std::tuple<Demand, int, const char*, std::string> rows[] = {
         {Demand::Basic, 3128, kPassword, "200"},
         {Demand::Digest, 3129, kPassword, "200"},
         {Demand::Basic, 3130, "wrong", "407"},
@@ -81,9 +79,7 @@ TEST_F(Proxy, WithoutAPasswordOrAKeyringTheConnectionIsDirectAfterOneRequest) {
 TEST_F(Proxy, IsTakenFromTheEnvironmentAsCurlDoes) {
     const ProxyPeer proxy(Demand::Nothing);
     const struct {
-        const char* variable;
-        const char* value;
-        const char* except;
+        const char *variable, *value, *except;
         bool used;
         const char* path = "/file";
     } rows[] = {
@@ -99,15 +95,15 @@ TEST_F(Proxy, IsTakenFromTheEnvironmentAsCurlDoes) {
         {"http_proxy", "127.0.0.1:1", "", false},
     };
     unsetenv("https_proxy");
-    http_.handle("/", [](const sandbox::Request&) { return sandbox::Reply{200, "there", {}}; });
-    for (const auto& row : rows) {
+    http_.serve("/npm/package@1.2.3/file", "there");
+    for (const auto& [variable, value, except, used, path] : rows) {
         unsetenv("http_proxy");
-        setenv(row.variable, row.value, 1);
-        setenv("no_proxy", row.except, 1);
-        EXPECT_TRUE(fetch(plain(row.path)).body) << row.value;
-        EXPECT_EQ(cameThroughProxy().back(), row.used)
-            << row.variable << "=" << row.value << " no_proxy=" << row.except << " " << row.path;
-        unsetenv(row.variable);
+        setenv(variable, value, 1);
+        setenv("no_proxy", except, 1);
+        EXPECT_TRUE(fetch(plain(path)).body) << value;
+        EXPECT_EQ(cameThroughProxy().back(), used)
+            << variable << "=" << value << " no_proxy=" << except << " " << path;
+        unsetenv(variable);
     }
 }
 
@@ -134,7 +130,7 @@ TEST_F(Proxy, KeyringThatHangsIsGivenUp) {
 
 TEST_F(Proxy, PasswordStaysWithTheProxyThatItBelongsTo) {
     const ProxyPeer proxy(Demand::Basic);
-    const sandbox::RawServer other = demanding("Proxy-Authenticate: Basic realm=x\r\n", 3129);
+    const sandbox::RawServer other = demanding(kWantsBasic, 3129);
     setenv("https_proxy", "http://127.0.0.1:3129", 1);
     startKeyring();
     storePassword("http", kPassword);
@@ -156,13 +152,23 @@ TEST_F(Proxy, KeyringPrevailsOverAnAccountInTheAddressOnceTheProxyHasRefusedIt) 
     EXPECT_EQ(cameThroughProxy(), (std::vector<bool>{true, true}));
 }
 
-TEST_F(Proxy, SchemesThatNeedNoPasswordAreNotAnswered) {
+TEST_F(Proxy, NobodySeesThePasswordButAProxyThatWantsIt) {
+    setenv("no_proxy", "localhost", 1);
     startKeyring();
     storePassword("http", kPassword);
-    for (const char* challenge : {"Proxy-Authenticate: Negotiate\r\n", ""}) {
-        const sandbox::RawServer proxy = demanding(challenge, 3128);
-        EXPECT_EQ(fetchPlain(), "here");
-        EXPECT_EQ(proxy.heads().size(), 1U) << challenge;
+    const std::tuple<const char*, std::string, size_t> rows[] = {
+        {"Proxy-Authenticate: Negotiate\r\n", plain("/file"), 1},
+        {"", plain("/file"), 1},
+        // An origin that poses as a proxy is asked twice by each of the two attempts.
+        {kWantsBasic, "http://localhost:3128/", 4},
+    };
+    for (const auto& [challenge, url, requests] : rows) {
+        const sandbox::RawServer server = demanding(challenge, 3128);
+        EXPECT_EQ(fetch(url).body.has_value(), requests == 1) << challenge;
+        EXPECT_EQ(server.heads().size(), requests) << challenge;
+        for (const std::string& head : server.heads()) {
+            EXPECT_EQ(head.find("uthorization"), std::string::npos) << head;
+        }
     }
 }
 
@@ -175,11 +181,7 @@ TEST_F(Proxy, KeychainIsAskedForTheConfiguredProxyOfTheScheme) {
     storePassword("https", "for https", 3129);
     setenv("https_proxy", "http://127.0.0.1:3129", 1);
     setenv("no_proxy", "off.example", 1);
-    const struct {
-        const char* url;
-        const char* address;
-        const char* password;
-    } rows[] = {
+    const std::tuple<const char*, const char*, const char*> rows[] = {
         {"https://any.example/", "", "for https"},
         {"http://any.example/", "", nullptr},
         {"ftp://any.example/", "http://127.0.0.1:3128", nullptr},
@@ -192,22 +194,9 @@ TEST_F(Proxy, KeychainIsAskedForTheConfiguredProxyOfTheScheme) {
     for (const auto& [url, address, password] : rows) {
         setenv("http_proxy", address, 1);
         velnor::platform::Credentials found;
-        const bool isFound = _vn_mac_get_keychain_proxy_credentials(url, &found);
-        ASSERT_EQ(isFound, password != nullptr) << address;
-        EXPECT_STREQ(isFound ? found.password.get() : nullptr, password) << address;
-        EXPECT_STREQ(isFound ? found.user.get() : "alice", "alice");
-    }
-}
-
-TEST_F(Proxy, OriginThatPosesAsAProxyNeverSeesThePassword) {
-    setenv("no_proxy", "127.0.0.1", 1);
-    startKeyring();
-    storePassword("http", kPassword);
-    const sandbox::RawServer origin = demanding("Proxy-Authenticate: Basic realm=x\r\n", 0);
-    EXPECT_EQ(fetch(urlOn(origin.port())).body, std::nullopt);
-    ASSERT_EQ(origin.heads().size(), 4U) << "two requests for each of the two attempts";
-    for (const std::string& head : origin.heads()) {
-        EXPECT_EQ(head.find("uthorization"), std::string::npos) << head;
+        EXPECT_EQ(_vn_mac_get_keychain_proxy_credentials(url, &found), password != nullptr);
+        EXPECT_STREQ(found.password.get(), password) << address;
+        EXPECT_STREQ(found.user.get(), password != nullptr ? "alice" : nullptr);
     }
 }
 

@@ -34,13 +34,4 @@ TEST_F(Redirects, ThatLeadNowhereFail) {
     EXPECT_EQ(cut.heads().size(), 2U) << "one request for each attempt";
 }
 
-TEST_F(Redirects, EndAfterTwenty) {
-    http_.handle("/", [](const sandbox::Request& request) {
-        const int left = std::stoi(request.path().substr(1));
-        return left == 0 ? Reply{200, "there", {}} : redirect("/" + std::to_string(left - 1));
-    });
-    EXPECT_EQ(fetch(plain("/20")).body, "there");
-    EXPECT_EQ(fetch(plain("/21")).body, std::nullopt);
-}
-
 }  // namespace

@@ -11,6 +11,7 @@
 
 #include "net/fetch.h"
 #include "net/socket.h"
+#include "sandbox/servers/file_server.h"
 #include "support/url.h"
 #include "velnor/capi.h"
 
@@ -69,17 +70,14 @@ TEST(SocketHttp, EachReplyHasItsOutcome) {
 }
 
 TEST(SocketHttp, RedirectsAreFollowedHoweverMany) {
-    constexpr int kPort = 9000;
-    const RawServer server(
-        [](int fd, const std::string& head) {
-            const int hop = std::stoi(head.substr(head.find('/') + 1));
-            const std::string next = urlOn(kPort, "/" + std::to_string(hop + 1));
-            sandbox::sendAll(fd, hop == 200
-                                     ? replyOfLength("7", "arrived")
-                                     : "HTTP/1.0 302 Found\r\nLocation: " + next + "\r\n\r\n");
-        },
-        kPort);
-    EXPECT_EQ(fetchPlain(urlOn(kPort, "/0")).body, "arrived");
+    sandbox::FileServer server;
+    server.handle("/", [&](const sandbox::Request& request) {
+        const int left = std::stoi(request.target.substr(1));
+        const std::string next = urlOn(server.port(), "/" + std::to_string(left - 1));
+        return left == 0 ? sandbox::Reply{200, "arrived", {}}
+                         : sandbox::Reply{302, "moved", {{"Location", next}}};
+    });
+    EXPECT_EQ(fetchPlain(urlOn(server.port(), "/200")).body, "arrived");
 }
 
 TEST(SocketHttp, UrlsThatLeadNowhere) {
@@ -91,7 +89,9 @@ TEST(SocketHttp, UrlsThatLeadNowhere) {
         {"http://127.0.0.1", INSTALL_ERROR_INVALIDARGUMENT},
         {"HTTP" + onPort(0).substr(4), INSTALL_ERROR_INVALIDARGUMENT},
         {"http://nobody.example/", INSTALL_ERROR_INVALIDARGUMENT},
+        {"http://[::1]:80/", INSTALL_ERROR_INVALIDARGUMENT},
         {"http://127.0.0.1:9/", INSTALL_ERROR_NETWORK},
+        {"http://127.0.0.1:/", INSTALL_ERROR_NETWORK},  // port 0
         {onPort(1L << 16), INSTALL_ERROR_NETWORK},
         {onPort(1L << 32), INSTALL_ERROR_NETWORK},
     };
@@ -99,22 +99,13 @@ TEST(SocketHttp, UrlsThatLeadNowhere) {
     EXPECT_EQ(there.connections(), 0U);
     EXPECT_EQ(_vn_downloadURL("agent", nullptr, nullptr, nullptr, nullptr), nullptr);
     EXPECT_EQ(_vn_openSocket(nullptr, 80), -1);
-}
-
-TEST(HostName, PiecesOfAUrl) {
     OwnedText copy;
-    char* host = nullptr;
-    char* path = nullptr;
-    for (const auto& [url, pieces] : {std::pair{"http://h:81/p/q", "h 81 p/q"},
-                                      {"any://h", "h 7 none"},
-                                      {"http://h:/p", "h 0 p"},
-                                      {"http://[::1]:80/", "[ 0 "}}) {
-        int32_t port = 7;
-        ASSERT_EQ(_vn_getHostName(url, copy.out(), &host, &port, &path), 1) << url;
-        EXPECT_EQ(std::string(host) + " " + std::to_string(port) + " " + (path ? path : "none"),
-                  pieces);
-    }
-    EXPECT_EQ(_vn_getHostName("http://h/p", copy.out(), &host, nullptr, &path), 0);
+    char *host = nullptr, *path = nullptr;
+    int32_t port = 7;
+    EXPECT_EQ(_vn_getHostName("any://h", copy.out(), &host, nullptr, &path), 0);
+    EXPECT_EQ(_vn_getHostName("any://h", copy.out(), &host, &port, &path), 1);
+    EXPECT_EQ(port, 7) << "stays, where the URL names none";
+    EXPECT_EQ(path, nullptr);
 }
 
 TEST(SocketHttp, SocketStaysOpenForFurtherRequests) {
@@ -147,50 +138,51 @@ TEST(SocketHttp, SocketStaysOpenForFurtherRequests) {
 TEST(SocketHttp, RequestsThatCannotBeWrittenAreNotSent) {
     const RawServer server = answering(replyOfLength("1", "x"));
     const velnor::Socket socket(_vn_openSocket("localhost", server.port()));
-    // 0 stands for an answer.
     const auto codeOf = [&](const char* agent, const char* path, const char* host) {
         const Fetched fetched = fetchBy([&](uint32_t* size) {
             return _vn_downloadPathFromSocket(agent, path, host, socket.get(), nullptr, size);
         });
-        return fetched.body ? 0U : fetched.lastError;
+        EXPECT_EQ(fetched.body, std::nullopt);
+        return fetched.lastError;
     };
     for (const char* text : {"a\r\nX: y", "a\nX: y", "a\r", static_cast<const char*>(nullptr)}) {
-        EXPECT_EQ(codeOf(text, "p", "h"), INSTALL_ERROR_INVALIDARGUMENT + 0U);
-        EXPECT_EQ(codeOf("a", text, "h"), INSTALL_ERROR_INVALIDARGUMENT + 0U);
-        EXPECT_EQ(codeOf("a", "p", text), INSTALL_ERROR_INVALIDARGUMENT + 0U);
+        for (const uint32_t code :
+             {codeOf(text, "p", "h"), codeOf("a", text, "h"), codeOf("a", "p", text)}) {
+            EXPECT_EQ(code, INSTALL_ERROR_INVALIDARGUMENT + 0U);
+        }
     }
     EXPECT_EQ(codeOf("a", std::string(1000, 'x').c_str(), "h"), kUntouched);
     shutdown(socket.get(), SHUT_WR);
     EXPECT_EQ(codeOf("a", "p", "h"), kUntouched) << "not taken by the connection";
 }
 
-// Nor does a signal cut a reply, or begin the wait for the next byte anew.
-TEST(SocketHttp, SilenceIsNoEndOfAReply) {
-    const RawServer server([](int fd, const std::string&) {
-        sandbox::sendAll(fd, kOk + "\r\nhalf of it");
-        for (char byte = 0; read(fd, &byte, 1) > 0;) continue;  // until the other side goes
-    });
-    const Fetched fetched = fetchPlain(urlOn(server.port()));
-    EXPECT_EQ(fetched.body, std::nullopt);
-    EXPECT_EQ(fetched.lastError, INSTALL_ERROR_NETWORK + 0U);
-}
-
-TEST(SocketHttp, SignalsDoNotCutAReply) {
+// Every millisecond a signal, which would end system calls of the servers' threads too.
+TEST(SocketHttp, SignalsNeitherCutAReplyNorProlongSilence) {
     const std::string body(200, 'b');
-    const RawServer server([&](int fd, const std::string&) {
+    sigset_t alarm;
+    sigemptyset(&alarm);
+    sigaddset(&alarm, SIGALRM);
+    pthread_sigmask(SIG_BLOCK, &alarm, nullptr);
+    const RawServer slow([&](int fd, const std::string&) {
         for (const char c : kOk + "Content-Length: 200\r\n\r\n" + body) {
             usleep(500);
             sandbox::sendAll(fd, std::string(1, c));
         }
     });
+    const RawServer silent([](int fd, const std::string&) {
+        sandbox::sendAll(fd, kOk + "\r\nhalf of it");
+        sandbox::readHead(fd);  // until the other side goes
+    });
     struct sigaction action {};
     action.sa_handler = [](int) {};  // without SA_RESTART
     sigaction(SIGALRM, &action, nullptr);
+    pthread_sigmask(SIG_UNBLOCK, &alarm, nullptr);
     const itimerval everyMillisecond{{0, 1000}, {0, 1000}};
     setitimer(ITIMER_REAL, &everyMillisecond, nullptr);
-    EXPECT_EQ(fetchPlain(urlOn(server.port())).body, body);
-    const itimerval off{};
-    setitimer(ITIMER_REAL, &off, nullptr);
+    EXPECT_EQ(fetchPlain(urlOn(slow.port())).body, body);
+    const Fetched cut = fetchPlain(urlOn(silent.port()));
+    EXPECT_EQ(cut.body, std::nullopt);
+    EXPECT_EQ(cut.lastError, INSTALL_ERROR_NETWORK + 0U);
 }
 
 }  // namespace
