@@ -45,8 +45,12 @@ TEST(VnctlDownload, BringsTheFileAndReplacesNobodysUnasked) {
     EXPECT_TRUE(result.output.ends_with("\nComplete: " + path + ", 3.0 MiB\n")) << result.output;
     EXPECT_EQ(result.output.find("100%"), std::string::npos) << result.output;
     EXPECT_EQ(result.output.find('\r'), std::string::npos);
-    expectOutcomes({{"download " + url, 8, "already downloaded"},
-                    {"delete --keep-file " + url, 0, "stays"},
+    expectOutcomes({{"download " + url, 0, "Already downloaded: " + path + ", 3.0 MiB\n"}});
+    EXPECT_EQ(server.requests().size(), 1U);
+    EXPECT_EQ(vnctl("download --force " + url + " 2>/dev/null").output,
+              "Complete: " + path + ", 3.0 MiB\n");
+    EXPECT_EQ(server.requests().size(), 2U);
+    expectOutcomes({{"delete --keep-file " + url, 0, "stays"},
                     {"download " + url, 7, "exists"}});  // and is the user's own now
     EXPECT_TRUE(readFile(path) == filmContent());
     EXPECT_EQ(harness::run("ls /tmp/work").output, "a film.mov\nlink\n");
@@ -75,6 +79,7 @@ TEST(VnctlDownload, EndsWhenSomebodyPausesAndSurvivesARestartOfTheClient) {
     watchInBackground("/", kFilm);
     EXPECT_TRUE(showsAtLast("1.5 MiB of 3.0 MiB"));
     client.stop();
+    EXPECT_TRUE(showsAtLast("does not answer. Waiting for it"));
     server.goOn();
     client.start();
     EXPECT_TRUE(showsAtLast("Complete: /tmp/work/film.mov, 3.0 MiB\nstatus 0\n"));
@@ -88,11 +93,12 @@ TEST(VnctlDownload, GoesOnAfterCtrlC) {
     const harness::CommandResult result = harness::run(
         "mkdir /tmp/work; cd /tmp/work; sh -c '{ until grep -qs 50% /tmp/output; do sleep 0.1; "
         "done; kill -INT $$; "
-        "} & exec \"$0\" \"$@\" 2>&1 >/tmp/output' '" VNCTL "' download --cid 7 " +
+        "} & exec \"$0\" \"$@\" 2>/tmp/output' '" VNCTL "' download --cid 7 " +
         kFilm);
     EXPECT_EQ(result.status, 130);
+    EXPECT_EQ(result.output, "");
     const std::string how = "\n  vnctl attributes " + kFilm + " --cid 7\n";
-    EXPECT_NE(result.output.find(how), std::string::npos) << result.output;
+    EXPECT_NE(readFile("/tmp/output").find(how), std::string::npos);
     server.goOn();
     EXPECT_TRUE(harness::eventually([] { return readFile(kFilmPath) == filmContent(); }));
 }

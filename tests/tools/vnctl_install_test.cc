@@ -17,8 +17,9 @@ TEST(VnctlInstall, ShowsProgressAndSuccess) {
     EXPECT_EQ(result.output, "5%\n10%\n15%\n80%\n85%\n90%\n95%\n100%\nSuccess\n");
     EXPECT_EQ(harness::readFile(harness::installed("accepteula.txt")), "7_terms\r\n");
     // A second time the client is there already, and the name is that of the installer.
-    EXPECT_EQ(harness::run("{ '" VNCTL "' install; echo $? >/tmp/status; } | head -n 1").output,
-              "5%\n");
+    EXPECT_EQ(
+        harness::run("{ '" VNCTL "' install 2>&1; echo $? >/tmp/status; } | head -n 1").output,
+        "5%\n");
     EXPECT_EQ(harness::readFile("/tmp/status"), "0\n") << "the reader has hung up";
     EXPECT_EQ(harness::readFile(harness::installed("appregistry.dat")), "Some App\nVelnor\n");
 }
@@ -27,7 +28,7 @@ TEST(VnctlInstall, SaysWhatFailedWithoutObeyingAServer) {
     const std::string onTerminal =
         harness::run("script -qec \"'" VNCTL "' install\" /dev/null </dev/null").output;
     EXPECT_NE(onTerminal.find(" ]  15%\r\nvnctl: Network"), std::string::npos) << onTerminal;
-    expectOutcomes({{"install", 1,
+    expectOutcomes({{"install", 4,
                      "5%\n10%\n15%\nvnctl: Network Failure. Failed to download https://" +
                          std::string(velnor::deployment::kConfigurationHost) +
                          "/conf/client_ini.html?guid="}});
@@ -35,8 +36,10 @@ TEST(VnctlInstall, SaysWhatFailedWithoutObeyingAServer) {
     world.ini["MacOSClientURL"] = "\x1b]0;%n\x07\xc3\xa4\xff/";
     world.publish();
     const std::string message =
-        "vnctl: Client.ini Failure: Error in parsing path \\x1b]0;%n\\x07\xc3\xa4\\xff/\n";
-    EXPECT_EQ(vnctl("install 2>&1 >/dev/null").output, message);
+        "vnctl: Client.ini Failure: Error in parsing path \\x1b]0;%n\\x07\xc3\xa4\\xff/"
+        ". The log is /Applications/Velnor/installer.txt\n";
+    EXPECT_EQ(vnctl("--quiet install 2>&1").output, message);
+    expectOutcomes({{"install --json", 1, "{\"code\":18,\"error\":\"Client.ini Failure"}});
 }
 
 TEST(VnctlUsage, IsExplainedAndDoesNothing) {
@@ -53,7 +56,10 @@ TEST(VnctlUsage, IsExplainedAndDoesNothing) {
         {"install --cid 1 --eula " + std::string(1012, 'x'), 2, "one line of 1 to 1011 bytes"},
         {"uninstall --name a\x7f", 2, "printable ASCII"},
         {"--version", 0, "vnctl 1."},
-        {"install --help", 0, "Exit status: 0 done, 1 failed"},
+        {"install --help", 0, "4  network\n    7  disk"},
+        {"stauts", 2, "did you mean 'status'?"},
+        {"--cid 1 uninstall", 2, "takes no such number"},
+        {"help puase", 2, "did you mean 'pause'?"},
         {"pause --help", 0, "4  network\n    5  not found\n    8  already downloaded\n"},
     });
     EXPECT_FALSE(harness::exists(harness::kInstallPath));

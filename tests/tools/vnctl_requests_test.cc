@@ -28,12 +28,17 @@ TEST(VnctlRequests, ExitStatusTellsTheKindOfFailure) {
         {"download " + kHost + "/x --path /nowhere/x", 7, "The folder /nowhere"},
         {"download " + kHost + "/x --path locked/x", 7, "could not go on: Permission denied"},
         {"attributes ftp://h/x", 1, "does not take the URL"},
-        {"download " + kHost + "/" + std::string(1000, 'x'), 2, "URL is longer than 960"},
+        {"download " + kHost + "/" + std::string(1000, 'x'), 2, "URL is longer than 858"},
         {"download " + kHost + "/x --path " + std::string(900, 'x'), 2, "too long together"},
         {"download " + kHost + "/", 2, "name one with --path"},
         {"pause " + kHost + "/other", 5, "knows no such download"},
         {"pause " + kHost + "/letter", 8, "There is nothing to pause"},
+        {"download " + kHost + "/letter " + kHost + "/none", 5, kHost + "/none: Not Found"},
+        {"download " + kHost + "/x " + kHost + "/y -o x", 2, "Several files need a folder"},
+        {"attributes " + kHost + "/" + std::string(836, 'x'), 5, "knows no such download"},
         {"status >/dev/full", 1, "No space left"},
+        {"status >&-", 1, "Bad file descriptor"},
+        {"diagnose", 1, "\nLaunch agent         not installed or not running.\n"},
     });
     for (const auto& [mode, outcome] :
          {std::pair("inuse 9", Outcome{"delete " + kHost + "/letter", 10, "File In Use"}),
@@ -49,7 +54,7 @@ TEST(VnctlRequests, SayThatTheClientDoesNotRun) {
     for (const std::string request :
          {"status", "run-tasks", "pause http://h/x", "delete http://h/x", "attributes http://h/x",
           "download http://h/x"}) {
-        expectOutcomes({{request, 3, "'vnctl install'"}, {request + " --json", 3, "{\"code\":2,"}});
+        expectOutcomes({{request, 3, "'vnctl install'"}, {"--json " + request, 3, "{\"code\":2,"}});
         EXPECT_EQ(vnctl(request + " --json 2>&1 >/dev/null").output, "");
     }
 }
@@ -80,19 +85,33 @@ TEST(VnctlRequests, AnswerInJSON) {
     EXPECT_EQ(harness::readFile("/tmp/work/\xff\\\n\xc3\xa4"), "content");
 }
 
-// A folder that has come to its place is in its way.
-TEST(VnctlRequests, TellWhereAKeptFileIsThatCannotGoBack) {
-    const test::ScriptedClient client([](const std::string& path) {
+TEST(VnctlRequests, NeverLoseAFileThatIsToBeKept) {
+    std::string harm;  // what happens before the client answers
+    const test::ScriptedClient client([&harm](const std::string& path) {
         if (!path.starts_with("api?function=deleteFile")) {
             return test::reply(R"({"status":"COMPLETE","path":"/tmp/work/film","size":7})");
         }
-        harness::run("mkdir -p /tmp/work/film/x");
+        harness::run("cd /tmp/work; " + harm);
         return test::reply(R"({"http://h/film":null})");
     });
     harness::run("mkdir /tmp/work; printf content >/tmp/work/film");
-    const std::string said = vnctl("delete --keep-file http://h/film 2>&1").output;
+    const std::string command = "delete --keep-file http://h/film 2>&1 & echo $! >/tmp/pid; wait";
+    for (const char* each : {"touch a", "echo proof >film", "rm film",
+                             "echo proof >film; kill -9 $(cat /tmp/pid); sleep 0.2"}) {
+        harm = each;
+        vnctl(command);
+        const auto isBack = [] { return harness::run("cat /tmp/work/film*").output == "content"; };
+        EXPECT_TRUE(harness::eventually(isBack)) << each;
+    }
+    harm = "rm film; mkdir -p film/x";  // a folder is in its way
+    const std::string said = vnctl(command).output;
     EXPECT_NE(said.find("It is /tmp/work/film."), std::string::npos) << said;
-    EXPECT_EQ(harness::run("cat /tmp/work/film.*/file").output, "content");
+    EXPECT_EQ(harness::run("cat /tmp/work/film.*").output, "content");
+}
+
+TEST(VnctlRequests, TakeNothingElseForTheClient) {
+    const test::ScriptedClient other([](const std::string&) { return test::reply("{}"); });
+    expectOutcomes({{"status", 1, "port 9421 is not the client"}});
 }
 
 }  // namespace

@@ -38,7 +38,7 @@ TEST(VnctlUninstall, SaysWhatBecameOfTheClient) {
 TEST(VnctlUninstall, SaysWhatFailed) {
     makeInstallation("Velnor\n");
     harness::run("cd /Applications/Velnor; mkdir locked; touch locked/x; chmod 500 locked");
-    expectOutcomes({{"uninstall", 1, "but not all of /Applications/Velnor could be deleted.\n"}});
+    expectOutcomes({{"uninstall", 7, "but not all of /Applications/Velnor could be deleted"}});
     harness::run("chmod 700 /Applications/Velnor/locked");
     {
         const RunningClient withoutAgent;
@@ -47,7 +47,7 @@ TEST(VnctlUninstall, SaysWhatFailed) {
     harness::writeFile("/run/launchd/mode", "noisy");
     expectOutcomes({{"uninstall", 1, "agent could not be unloaded"}});
     harness::run("mkdir -p /Applications/Velnor/appregistry.dat");
-    expectOutcomes({{"uninstall", 1, "\nvnctl: Disk I/O Failure\n"}});
+    expectOutcomes({{"uninstall --json", 7, R"({"code":7,"error":"Disk I/O Failure)"}});
 }
 
 }  // namespace

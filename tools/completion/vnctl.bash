@@ -11,7 +11,7 @@ _vnctl_options() {
                 --origin-only --md5 --no-start --detach --cookie-file --query-auth-file --basic-auth-file
             ;;
         diagnose) echo --help --json --quiet ;;
-        help) ;;
+        help) echo --help ;;
         *) echo --help --version --json --quiet --cid ;;
     esac
 }

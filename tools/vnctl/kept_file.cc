@@ -71,22 +71,37 @@ bool isUntouched(const struct stat& before, const char* path) {
            changeOf(now).tv_nsec == then.tv_nsec;
 }
 
-// The copy is the user's file in everything that this program may set.
-bool copyAside(const std::string& path, const struct stat& file, std::string& copy) {
-    const Descriptor from(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
-    if (from.get() < 0) return false;
-    const Descriptor to(mkstemp(copy.data()));
-    if (to.get() < 0) return false;
-    const timespec times[] = {{0, UTIME_OMIT}, changeOf(file)};
-    if (copyBytes(from.get(), to.get()) && fchmod(to.get(), file.st_mode & 07777) == 0 &&
-        (fchown(to.get(), file.st_uid, file.st_gid) == 0 || errno == EPERM) &&
-        futimens(to.get(), times) == 0) {
-        return true;
+// A new file beside another, deleted again unless it is kept.
+class FileBeside {
+  public:
+    explicit FileBeside(const std::string& path)
+        : path_(path + ".XXXXXX"), file_(mkstemp(path_.data())) {}
+    ~FileBeside() {
+        const int error = errno;
+        if (!isKept_ && file_.get() >= 0) unlink(path_.c_str());
+        errno = error;
     }
-    const int error = errno;
-    unlink(copy.c_str());
-    errno = error;
-    return false;
+    FileBeside(const FileBeside&) = delete;
+    FileBeside& operator=(const FileBeside&) = delete;
+
+    int get() const { return file_.get(); }
+    const std::string& path() const { return path_; }
+    void keep() { isKept_ = true; }
+
+  private:
+    std::string path_;
+    Descriptor file_;
+    bool isKept_ = false;
+};
+
+// The copy is the user's file in everything that this program may set.
+bool copyTo(int to, const std::string& path, const struct stat& file) {
+    const Descriptor from(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+    const timespec times[] = {{0, UTIME_OMIT}, changeOf(file)};
+    return to >= 0 && from.get() >= 0 && copyBytes(from.get(), to) &&
+           fchmod(to, file.st_mode & 07777) == 0 &&
+           (fchown(to, file.st_uid, file.st_gid) == 0 || errno == EPERM) &&
+           futimens(to, times) == 0;
 }
 
 // The life of the guard, which calls nothing that another thread of the program could have left
@@ -114,22 +129,21 @@ bool copyAside(const std::string& path, const struct stat& file, std::string& co
 KeptFile::KeptFile(const std::string& path) {
     struct stat file {};
     if (lstat(path.c_str(), &file) != 0 || !S_ISREG(file.st_mode)) return;
-    std::string copy = path + ".XXXXXX";
-    if (!copyAside(path, file, copy)) fail(path);
+    FileBeside copy(path);
+    if (!copyTo(copy.get(), path, file)) fail(path);
     const std::string whereItIs =
-        "vnctl: The file could not be put back. It is " + printable(copy) + "\n";
+        "vnctl: The file could not be put back. It is " + printable(copy.path()) + "\n";
     int ends[2] = {-1, -1};
     if (pipe(ends) == 0) guard_ = fork();
     if (guard_ == 0) {
         close(ends[1]);
-        guard(ends[0], file, path.c_str(), copy.c_str(), whereItIs);
+        guard(ends[0], file, path.c_str(), copy.path().c_str(), whereItIs);
     }
     const int error = errno;
     close(ends[0]);
     lifeline_ = ends[1];
-    if (guard_ > 0) return;
+    if (guard_ > 0) return copy.keep();
     close(lifeline_);
-    unlink(copy.c_str());
     errno = error;
     fail(path);
 }

@@ -23,7 +23,7 @@ int main(int argc, char** argv) {
     char detail[VN_ERROR_DETAIL_SIZE] = "";
     InstallContext context = {0};
     if (argc != 2) {
-        fprintf(stderr, "usage: install APPLICATION\n");
+        fprintf(stderr, "usage: installer APPLICATION\n");
         return 2;
     }
     context.structSize = sizeof context;
