@@ -22,6 +22,7 @@ const std::string kClientIni = "/Applications/srv/velnor/client.ini";
 const std::string kLogs = "/Applications/srv/velnor-logs/logs/";
 const std::string kLogUrl = "http://127.0.0.1:8080/logs/";
 const std::string kLogName = "0123456789abcdef0123456789abcdef.log";
+const std::string kOwn = " " + kLogUrl + kLogName;
 
 /// nginx with these files of deploy/hosting; it ends with the test's sandbox.
 void host(const std::string& configurations) {
@@ -36,6 +37,16 @@ void host(const std::string& configurations) {
 // The answer's status, or what curl says when there is none.
 std::string statusOf(const std::string& request) {
     return run("cd /tmp && curl -sS -o /dev/null -w '%{http_code}' " + request + " 2>&1").output;
+}
+
+void expectClientIni() {
+    const std::string head = run("curl -sS -D - -o /dev/null -H 'Accept-Encoding: gzip' https://" +
+                                 kConfigHost + "/conf/client_ini.html?guid=0123456789abcdef")
+                                 .output;
+    for (const char* line : {"Content-Type: text/plain\r\n", "Content-Encoding: gzip\r\n",
+                             "Cache-Control: no-store\r\n"}) {
+        EXPECT_NE(head.find(line), std::string::npos) << head;
+    }
 }
 
 void expectOneArtifact() {
@@ -66,13 +77,7 @@ TEST(Hosting, CarriesAnInstallationAndStoresItsLog) {
     EXPECT_EQ(run("ls -A " + kLogs).output, name + "\n");
     EXPECT_EQ(readFile(kLogs + name), readFile(harness::installed("installer.txt")));
 
-    const std::string head = run("curl -sS -D - -o /dev/null -H 'Accept-Encoding: gzip' https://" +
-                                 kConfigHost + "/conf/client_ini.html?guid=0123456789abcdef")
-                                 .output;
-    for (const char* line : {"Content-Type: text/plain\r\n", "Content-Encoding: gzip\r\n",
-                             "Cache-Control: no-store\r\n"}) {
-        EXPECT_NE(head.find(line), std::string::npos) << head;
-    }
+    expectClientIni();
     expectOneArtifact();
 }
 
@@ -84,38 +89,41 @@ TEST(Hosting, HasAnArtifactThroughTheProxyAndKeepsIt) {
     EXPECT_EQ(run("curl -sS " + kRewritten + "ksmac_1.6.5").output, "content");
 }
 
-TEST(LogServer, TakesLogsAndRefusesEverythingElse) {
+TEST(LogServer, SaysYesToEachLogAndKeepsTheLast) {
     host("logs.conf");
-    run("cd /tmp; seq 100000 >first; truncate -s 4M largest; truncate -s 4194305 large");
-    const std::string own = " '" + kLogUrl + kLogName + "'";
-    for (const std::string file : {"largest", "first"}) {
+    run("cd /tmp; truncate -s 4M largest; seq 100000 >last");
+    for (const std::string file : {"largest", "last"}) {
         // As an installer sends it; curl would rather ask first whether it may.
-        EXPECT_EQ(statusOf("-H Expect: -T " + file + own), "200") << file;
-        EXPECT_EQ(readFile(kLogs + kLogName), readFile("/tmp/" + file)) << "the last one stays";
+        EXPECT_EQ(statusOf("-H Expect: -T " + file + kOwn), "200") << file;
+        EXPECT_EQ(readFile(kLogs + kLogName), readFile("/tmp/" + file)) << file;
         EXPECT_EQ(harness::modeOf(kLogs + kLogName), 0600U);
     }
+    const std::string statuses = run("curl -s -w '%{http_code} ' -o /dev/null '" + kLogUrl +
+                                     "0123456789abcdef0123456789abc[100-199].log'")
+                                     .output;
+    EXPECT_TRUE(statuses.ends_with("429 ")) << "one that sends too many is slowed down";
+}
+
+TEST(LogServer, RefusesEverythingElse) {
+    host("logs.conf");
+    run("echo before >" + kLogs + kLogName + "; cd /tmp; echo >log; truncate -s 4194305 large");
     const std::pair<std::string, const char*> rows[] = {
-        {own, "403"},
-        {"-X DELETE" + own, "403"},
+        {kOwn, "403"},
+        {"-X DELETE" + kOwn, "403"},
         {kLogUrl, "404"},
-        {"-T first http://127.0.0.1:8080/stored", "404"},
+        {"-T log http://127.0.0.1:8080/stored", "404"},
         {"-X DELETE 'http://127.0.0.1:8081/logs/" + kLogName + "'", "403"},
-        {"-T first " + kLogUrl + "0123456789abcdef0123456789abcde.log", "404"},
-        {"-T first " + kLogUrl + "0123456789ABCDEF0123456789ABCDEF.log", "404"},
-        {"-T first " + kLogUrl + kLogName + ".html", "404"},
-        {"-T first " + kLogUrl + "0123456789abcdef0123456789abcdef_log", "404"},
-        {"-T first " + kLogUrl + "logs/" + kLogName, "404"},
-        {"-T large" + own, "413"},
+        {"-T log " + kLogUrl + "0123456789abcdef0123456789abcde.log", "404"},
+        {"-T log " + kLogUrl + "0123456789ABCDEF0123456789ABCDEF.log", "404"},
+        {"-T log " + kLogUrl + kLogName + ".html", "404"},
+        {"-T log " + kLogUrl + "0123456789abcdef0123456789abcdef_log", "404"},
+        {"-T log " + kLogUrl + "logs/" + kLogName, "404"},
+        {"-T large" + kOwn, "413"},
     };
     for (const auto& [request, status] : rows) EXPECT_EQ(statusOf(request), status) << request;
-    EXPECT_EQ(readFile(kLogs + kLogName), readFile("/tmp/first"));
-    EXPECT_EQ(run("ls -A " + kLogs).output, kLogName + "\n");
+    EXPECT_EQ(run("cd " + kLogs + "; ls -A; cat *").output, kLogName + "\nbefore\n");
     std::filesystem::remove_all(kLogs);
-    EXPECT_EQ(statusOf("-T first" + own), "500") << "what cannot be stored";
-    const std::string many = "0123456789abcdef0123456789abc[100-199].log'";
-    EXPECT_TRUE(
-        run("curl -s -w '%{http_code} ' -o /dev/null '" + kLogUrl + many).output.ends_with("429 "))
-        << "one that sends too many is slowed down";
+    EXPECT_EQ(statusOf("-T log" + kOwn), "500") << "what cannot be stored";
 }
 
 }  // namespace
