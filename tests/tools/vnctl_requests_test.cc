@@ -35,7 +35,7 @@ TEST(VnctlRequests, ExitStatusTellsTheKindOfFailure) {
         {"pause " + kHost + "/letter", 8, "There is nothing to pause"},
         {"download " + kHost + "/letter " + kHost + "/none", 5, kHost + "/none: Not Found"},
         {"download " + kHost + "/x " + kHost + "/y -o x", 2, "Several files need a folder"},
-        {"attributes " + kHost + "/" + std::string(836, 'x'), 5, "knows no such download"},
+        {"attributes " + kHost + "/" + std::string(826, 'x'), 5, "knows no such download"},
         {"status >/dev/full", 1, "No space left"},
         {"status >&-", 1, "Bad file descriptor"},
         {"diagnose", 1, "\nLaunch agent         not installed or not running.\n"},

@@ -142,7 +142,10 @@ KeptFile::KeptFile(const std::string& path) {
     const int error = errno;
     close(ends[0]);
     lifeline_ = ends[1];
-    if (guard_ > 0) return copy.keep();
+    if (guard_ > 0) {
+        copy.keep();
+        return;
+    }
     close(lifeline_);
     errno = error;
     fail(path);
