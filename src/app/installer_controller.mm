@@ -1,5 +1,6 @@
 #import "app/installer_controller.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -62,9 +63,17 @@ struct Failure {
     const char* detail;  // null when there is none
 };
 
+// What is there to be removed depends on how far the installation came. What rm, find and launchctl
+// say about the rest would alarm the user and is no news to anyone.
+void silenceCommands() {
+    const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    if (nowhere != -1) dup2(nowhere, STDERR_FILENO);
+}
+
 // By the thread that comes first. It ends the process, for which the other one waits here.
 void removeWhatFailed() {
     g_removal.lock();
+    silenceCommands();
     vn_uninstall(kApplicationName, VN_UNINSTALL_KEEP_IDENTITY);
 }
 
