@@ -102,8 +102,8 @@ TEST(Window, IsInTheUsersLanguageAndScaleAndCanBeClosed) {
     const auto server = silentServer();
     const char* const rows[][3] = {
         {"", "Installing Velnor Corvane", "300x14"},
-        {" -NSLanguages '(German)'", "Velnor Corvane wird installiert", "300x14"},
-        {" -NSLanguages '(French)' -GSScaleFactor 2", "Installation de Velnor Corvane", "600x28"},
+        {" -NSLanguages '(German)'", "Velnor Corvane installieren", "300x14"},
+        {" -NSLanguages '(French)' -GSScaleFactor 2", "Installer Velnor Corvane", "600x28"},
         {" -NSLanguages '(Spanish)'", "Instalación de Velnor Corvane", "300x14"},
         {" -NSLanguages '(Japanese)'", "Velnor Corvane をインストール中", "300x14"},
     };
