@@ -25,11 +25,11 @@ constexpr int kBarWidth = 304;  // from 2 points left of the window on
 
 // From construction to destruction, as the DISPLAY of whatever is started.
 struct Screen {
-    Screen() {
+    explicit Screen(const std::string& size = "1024x768") {
         static int number = 0;
         const std::string display = ":" + std::to_string(++number);
         setenv("DISPLAY", display.c_str(), 1);
-        start("Xvfb " + display + " -screen 0 1024x768x24 -nolisten tcp -noreset");
+        start("Xvfb " + display + " -screen 0 " + size + "x24 -nolisten tcp -noreset");
         EXPECT_TRUE(eventually([] { return run("xdotool getdisplaygeometry 2>&1").status == 0; }));
         start("openbox --sm-disable");
         EXPECT_TRUE(eventually([] { return run("xdotool get_num_desktops 2>&1").status == 0; }));
@@ -134,6 +134,55 @@ TEST(Window, FollowsTheInstallation) {
     EXPECT_EQ(end(), "0\n");
     EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::seconds(1)) << "full";
     EXPECT_EQ(harness::readFile(installed("appregistry.dat")), "Velnor\n");
+}
+
+// How many lines of letters a part of the window shows; none when its first or its last row of
+// points cuts through one, or through a frame.
+int linesOfText(const std::string& window, const std::string& part) {
+    const std::string count =
+        "import -silent -window " + window + " miff:- | convert - -shave 4x0 " + part +
+        " +repage -colorspace gray -threshold 40% -scale '1x!' txt:- | tail -n +2 | awk '"
+        "{ ink = !/#FFFFFF/; cut = cut || NR == 1 && ink; lines += ink && !was; was = ink } "
+        "END { print cut || ink ? 0 : lines }'";
+    return std::atoi(run(count).output.c_str());
+}
+
+// With as long a detail as there is, which no screen cuts off.
+TEST(Alert, ShowsItsTextOnEveryScreen) {
+    World world;
+    world.ini["MacOSClientURL"] = World::originUrl(std::string(300, 'x'));
+    world.publish();
+    const struct {
+        const char* screen;
+        double scale;
+        const char* language;
+        const char* title;
+    } rows[] = {
+        {"1366x768", 2, "English", "Installation Failed"},
+        {"1280x720", 2, "English", "Installation Failed"},
+        {"1024x768", 2, "English", "Installation Failed"},
+        {"800x600", 2, "English", "Installation Failed"},
+        {"640x480", 1, "English", "Installation Failed"},
+        {"1024x768", 1.5, "English", "Installation Failed"},
+        {"640x480", 2, "German", "Installation fehlgeschlagen"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(std::string(row.screen) + " " + std::to_string(row.scale));
+        const Screen screen(row.screen);
+        start(std::string(INSTALLER) + " -GSScaleFactor " + std::to_string(row.scale) +
+              " -NSLanguages '(" + row.language + ")'");
+        const std::string alert = windows(2)[1];
+        EXPECT_EQ(run("xdotool getwindowname " + alert).output, std::string(row.title) + "\n");
+        const auto points = [&](int count) { return std::to_string(int(count * row.scale)); };
+        const std::string belowHeading = "-chop 0x" + points(68);
+        const std::string aboveButton = " -gravity south -chop 0x" + points(34);
+        const std::string secondWord = "-crop 0x" + points(60) + "+" + points(165) + "+4";
+        EXPECT_TRUE(
+            eventually([&] { return linesOfText(alert, belowHeading + aboveButton) >= 6; }));
+        EXPECT_EQ(linesOfText(alert, secondWord), 1);
+        run("xdotool key Return");
+        EXPECT_EQ(end(), "0\n");
+    }
 }
 
 TEST(Alert, LeavesTheWindowToBeClosed) {

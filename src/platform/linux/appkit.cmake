@@ -19,5 +19,6 @@ target_include_directories(velnor_appkit SYSTEM INTERFACE "${headers}")
 target_compile_options(velnor_appkit INTERFACE $<$<COMPILE_LANGUAGE:OBJCXX>:${flags}>)
 target_link_libraries(velnor_appkit INTERFACE gnustep-gui gnustep-base objc)
 
-velnor_room(display SOURCES platform/linux/desktop_gnustep.mm platform/linux/display_x11.cc)
+velnor_room(display SOURCES platform/linux/alert_gnustep.mm platform/linux/desktop_gnustep.mm
+  platform/linux/display_x11.cc)
 target_link_libraries(velnor_display PRIVATE velnor_appkit PkgConfig::X11)

@@ -1,4 +1,4 @@
-// GNUstep's settings, given as defaults beneath the user's own, and its alert.
+// GNUstep's settings, given as defaults beneath the user's own.
 #import <AppKit/AppKit.h>
 
 #include <initializer_list>
@@ -39,13 +39,6 @@ void useFontFor(const char* text) {
         registerDefault(name, @"NSBoldFont");
         return;
     }
-}
-
-void showAlert(const char* title, const char* message, const char* button) {
-    // The message is an argument, because the panel takes a format.
-    NSRunAlertPanel([NSString stringWithUTF8String:title], @"%@",
-                    [NSString stringWithUTF8String:button], nil, nil,
-                    [NSString stringWithUTF8String:message]);
 }
 
 // GNUstep's event loop can fall asleep on an event that it has read with the answer to something
