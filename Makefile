@@ -33,8 +33,8 @@ clang_tidy_findings = sed -E -e '/^clang-tidy|warnings? generated\.$$/d' -e 's/\
 	$(build)/clang-tidy.log
 
 .DEFAULT_GOAL := help
-.PHONY: help deps configure build package install docs rehearsal run rehearse test mac torture bench \
-	coverage count lint clean lint-count lint-rooms lint-format lint-header lint-docs lint-man lint-shell lint-cppcheck lint-tidy
+.PHONY: help coming deps configure build package install docs rehearsal run rehearse test mac torture \
+	bench coverage count lint clean lint-count lint-rooms lint-format lint-header lint-docs lint-man lint-shell lint-cppcheck lint-tidy
 
 help:
 	@echo 'make run       let the installer install in a rehearsal world, and show what happened'
@@ -53,6 +53,11 @@ help:
 	@echo
 	@sed -n 's/^#   /  /p' Makefile
 
+# Once, before the first build here.
+coming:
+	@[[ -e $(build)/build.ninja ]] || \
+		echo 'The first time: the packages about 5 minutes where they are missing, the build about 2.'
+
 deps:
 	@tools/install_packages packages.txt
 
@@ -60,7 +65,7 @@ configure: deps
 	@cmake --preset $(PRESET) $(if $(WERROR),-DVELNOR_WERROR=$(WERROR)) $(CMAKE_ARGS) | \
 		sed -n '/deployment\|VELNOR/s/^-- //p'
 
-build: configure
+build: coming configure
 	@cmake --build --preset $(PRESET) --parallel $(jobs)
 
 package: configure
@@ -71,6 +76,10 @@ install:
 	@if [[ -O Makefile ]]; then $(MAKE) --no-print-directory package; fi
 	@[[ -e $(build)/src/libvelnor-capi.so ]] || \
 		{ echo "Nothing is built. Run this as the owner of this folder: make package" >&2; exit 1; }
+	@folder=$(call absolute,$(DESTDIR))$(call absolute,$(PREFIX)); \
+	while [[ ! -e $$folder ]]; do folder=$$(dirname -- "$$folder"); done; \
+	[[ -w $$folder ]] || { echo "You may not write in $$folder. Run this as root (sudo make install)," \
+		"or name a folder of your own: make install PREFIX=~/velnor" >&2; exit 1; }
 	@DESTDIR=$(call absolute,$(DESTDIR)) cmake --install $(build) --prefix $(call absolute,$(PREFIX)) \
 		$(if $(filter release,$(PRESET)),--strip) | \
 		sed -nE 's/^-- (Installing|Up-to-date): /  /p'
@@ -86,7 +95,7 @@ docs: deps
 	@VERSION=$(version) doxygen docs/Doxyfile
 	@tools/rooms draw
 
-rehearsal: configure
+rehearsal: coming configure
 	@cmake --build --preset $(PRESET) --parallel $(jobs) --target sandbox_world installer vnctl \
 		vn-publish
 
@@ -96,8 +105,18 @@ run: rehearsal
 rehearse: rehearsal
 	@sandbox/rehearse $(build) lifetime
 
+# Worlds by proot share the machine's ports, so there is one at a time.
 test: build
-	@ctest --preset $(PRESET) --parallel $(test_jobs)
+	@if [[ $$(sandbox/enter --how) == bwrap ]]; then \
+		ctest --preset $(PRESET) --parallel $(test_jobs); \
+	else \
+		echo 'User namespaces are refused here: the tests run in worlds by proot, one after the other.'; \
+		status=0; ctest --preset $(PRESET) --parallel 1 || status=$$?; \
+		echo 'Left out here, and why (tests/left_out); counted as skipped above:'; \
+		[[ $$EUID -eq 0 ]] && who='all\|root' || who=all; \
+		sed -n "/^#/d; s/^\([^ ]*\) \($$who\) /  \1: /p" tests/left_out; \
+		exit $$status; \
+	fi
 
 mac:
 	@mac/build $(CMAKE_ARGS)
