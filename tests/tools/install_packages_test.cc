@@ -36,8 +36,9 @@ TEST(InstallPackages, InstallsOrUnpacksWhatIsMissingOrNamesIt) {
                        "# What for\ncmake\n\nbash    # a shell\nperl\nnginx unpacked\n");
     const std::string advice =
         "\nRun this as root, then try again:\n  apt-get install cmake perl\n1\n";
-    expectEnd("only root can install them." + advice);
-    addProgram("sudo", "test \"$1\" = -n && shift && exec \"$@\"\n");
+    expectEnd("there is no sudo here, and only root can install them." + advice);
+    addProgram("sudo", "test \"$1\" = -n && shift && exec \"$@\"
+");
     harness::run("touch /tmp/offline");
     expectEnd("could not be installed." + advice);
     // What a run that was interrupted has left.
