@@ -35,9 +35,9 @@
  *   - A call blocks until the client has replied; after 30 seconds of silence it fails with 5.
  *   - A bad argument leaves code 1, and nothing is sent. Every call may also leave 2 (the client
  *     cannot be connected to), 3 (a request that is too long, see vn_initialize(), or a reply that
- *     makes no sense), 4 (no memory, or a reply with an empty body or one over 10 MiB) and 5 (the connection
- *     broke, or the client was silent; the connection is given up). Comments below name further
- *     codes only.
+ *     makes no sense), 4 (no memory, or a reply with an empty body or one over 10 MiB) and 5 (the
+ *     connection broke, or the client was silent; the connection is given up). Comments below name
+ *     further codes only.
  *   - When the client has closed the connection since the last call (it was restarted, for
  *     example), one call fails with 5 or 3 and the next one connects anew. Nothing is repeated
  *     unasked, because the client may have carried it out.
