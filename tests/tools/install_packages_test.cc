@@ -37,8 +37,7 @@ TEST(InstallPackages, InstallsOrUnpacksWhatIsMissingOrNamesIt) {
     const std::string advice =
         "\nRun this as root, then try again:\n  apt-get install cmake perl\n1\n";
     expectEnd("there is no sudo here, and only root can install them." + advice);
-    addProgram("sudo", "test \"$1\" = -n && shift && exec \"$@\"
-");
+    addProgram("sudo", "test \"$1\" = -n && shift && exec \"$@\"\n");
     harness::run("touch /tmp/offline");
     expectEnd("could not be installed." + advice);
     // What a run that was interrupted has left.
