@@ -31,7 +31,7 @@ typedef CFIndex CFComparisonResult;
 enum { kCFCompareLessThan = -1, kCFCompareEqualTo = 0, kCFCompareGreaterThan = 1 };
 typedef CFOptionFlags CFStringCompareFlags;
 typedef CFIndex CFNumberType;
-enum { kCFNumberSInt32Type = 3, kCFNumberSInt64Type = 4 };
+enum { kCFNumberSInt32Type = 3 };
 typedef CFIndex CFStreamStatus;
 enum {
     kCFStreamStatusNotOpen = 0,
@@ -76,7 +76,6 @@ CFComparisonResult CFStringCompare(CFStringRef a, CFStringRef b, CFStringCompare
 CFDataRef CFDataCreate(CFAllocatorRef allocator, const UInt8* bytes, CFIndex size);
 CFStringRef CFURLCopyScheme(CFURLRef url);
 CFURLRef CFURLCreateWithString(CFAllocatorRef allocator, CFStringRef text, CFURLRef base);
-CFStringRef CFURLGetString(CFURLRef url);
 Boolean CFNumberGetValue(CFNumberRef number, CFNumberType type, void* value);
 CFDictionaryRef CFDictionaryCreate(CFAllocatorRef allocator, const void** keys, const void** values,
                                    CFIndex count, const CFDictionaryKeyCallBacks* keyCallBacks,
