@@ -1,8 +1,10 @@
 // The client that rehearsed installations download, verify and start. It stays in the foreground,
 // as an agent's program must, until it is told to stop.
 #include <curl/curl.h>
+#include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -16,11 +18,21 @@
 
 namespace {
 
+/// Permissions alone do not tell: a world without namespaces is held by landlock, which access(2)
+/// does not ask.
+bool mayWriteIn(const std::filesystem::path& folder) {
+    if (access(folder.c_str(), W_OK) != 0) return false;
+    const int nameless = open(folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600);
+    if (nameless < 0) return errno != EACCES;
+    close(nameless);
+    return true;
+}
+
 /// The folder of the executable or, when that may not be written to, .velnor in the home folder.
 std::filesystem::path ownFolder() {
     auto folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
     const char* home = std::getenv("HOME");
-    if (access(folder.c_str(), W_OK) == 0 || home == nullptr) return folder;
+    if (mayWriteIn(folder) || home == nullptr) return folder;
     return std::filesystem::path(home) / ".velnor";
 }
 
