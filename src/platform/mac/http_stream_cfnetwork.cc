@@ -46,6 +46,7 @@ class HttpStream {
     CfRef<CFHTTPMessageRef> response() const { return old::copyResponse(stream_.get()); }
 
   private:
+    bool isProxyDemand() const;
     bool isWhole() const;
     bool staysSecure();
 
@@ -173,10 +174,15 @@ int32_t HttpStream::read(void* buffer, uint32_t size) {
     return count > 0 || isWhole() ? static_cast<int32_t>(count) : -1;
 }
 
+bool HttpStream::isProxyDemand() const {
+    const CfRef<CFHTTPMessageRef> head = response();
+    return head && CFHTTPMessageGetResponseStatusCode(head.get()) == kProxyAuthenticationRequired;
+}
+
 // Nothing promises that CFNetwork takes no redirect from https to http. Where it does not say where
-// it ended, it may have.
+// it ended, it may have; but a proxy that refuses the way there has led nowhere.
 bool HttpStream::staysSecure() {
-    if (!mustStaySecure_) return true;
+    if (!mustStaySecure_ || isProxyDemand()) return true;
     const CfRef<CFStringRef> scheme = old::copyFinalScheme(stream_.get());
     char text[sizeof "https"];
     if (!scheme ||
@@ -194,7 +200,7 @@ bool HttpStream::staysSecure() {
 bool HttpStream::isWhole() const {
     const CfRef<CFHTTPMessageRef> head = response();
     if (!head) return false;
-    if (CFHTTPMessageGetResponseStatusCode(head.get()) == kProxyAuthenticationRequired) return true;
+    if (isProxyDemand()) return true;
     const CfRef<CFStringRef> length = copyHeader(head.get(), "Content-Length");
     if (!length || copyHeader(head.get(), "Transfer-Encoding")) return true;
     char text[24];
