@@ -15,16 +15,23 @@ namespace {
 
 struct Loans {
     ~Loans() {
-        if (!things.empty()) mac::complain("not everything has been released");
+        if (things.size() > constants) mac::complain("not everything has been released");
     }
     std::mutex mutex;
     std::set<const void*> things;
-} g_loans;
+    size_t constants = 0;
+};
+
+// Made by the first constant, in whichever file that is.
+Loans& loans() {
+    static Loans all;
+    return all;
+}
 
 const mac::Object& checked(CFTypeRef object) {
     const auto* known = static_cast<const mac::Object*>(object);
-    const std::lock_guard lock(g_loans.mutex);
-    if (known == nullptr || (!g_loans.things.contains(known) && !known->isConstant)) {
+    const std::lock_guard lock(loans().mutex);
+    if (!loans().things.contains(known)) {
         mac::complain("what is no object, or none any longer, is used");
     }
     return *known;
@@ -44,14 +51,15 @@ void mac::complain(const char* what) {
     std::abort();
 }
 
-void mac::lend(const void* thing) {
-    const std::lock_guard lock(g_loans.mutex);
-    g_loans.things.insert(thing);
+void mac::lend(const void* thing, bool isOwned) {
+    const std::lock_guard lock(loans().mutex);
+    loans().things.insert(thing);
+    if (!isOwned) ++loans().constants;
 }
 
 void mac::takeBack(const void* thing) {
-    const std::lock_guard lock(g_loans.mutex);
-    if (g_loans.things.erase(thing) == 0) complain("what is not lent is given back");
+    const std::lock_guard lock(loans().mutex);
+    if (loans().things.erase(thing) == 0) complain("what is not lent is given back");
 }
 
 const std::string* mac::find(const Fields& fields, const std::string& name) {

@@ -40,8 +40,9 @@ struct Text : Object {
 
 [[noreturn]] void complain(const char* what);
 
-/// Notes what somebody has to give back before the process ends, and complains otherwise.
-void lend(const void* thing);
+/// Notes a thing that there is. Unless it is nobody's, it has to be given back before the process
+/// ends.
+void lend(const void* thing, bool isOwned = true);
 void takeBack(const void* thing);
 
 /// A new object with one reference, which is the caller's.
@@ -57,6 +58,7 @@ template <class T, class... Arguments>
 const T* constant(Arguments&&... arguments) {
     T* object = new T(std::forward<Arguments>(arguments)...);
     object->isConstant = true;
+    lend(object, false);
     return object;
 }
 

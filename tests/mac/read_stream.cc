@@ -13,7 +13,7 @@ constexpr int kMaxRedirects = 20;
 constexpr int kRefused = 407;
 constexpr char kAuthorization[] = "Proxy-Authorization";
 
-// How a failure shows: in the status, or, behind something of an answer, to whoever reads.
+// How a failure shows: in the status, or, when what came is no HTTP, to whoever reads.
 enum class Failure { None, InStatus, WhenRead };
 
 }  // namespace
@@ -158,13 +158,13 @@ void __CFReadStream::finish(CURLcode result) {
     const bool isShort = result == CURLE_PARTIAL_FILE && mac::find(head(), "Content-Length");
     if (isRefused() || (hasHead && (result == CURLE_OK || isShort))) return end(Failure::None);
     const bool isSilence = result == CURLE_GOT_NOTHING || result == CURLE_RECV_ERROR;
-    end(isConnected && (code() != 0 || !isSilence) ? Failure::WhenRead : Failure::InStatus);
+    end(isConnected && code() == 0 && !isSilence ? Failure::WhenRead : Failure::InStatus);
 }
 
 void __CFReadStream::redirect(const char* target) {
     const velnor::OwnedText next = platform::encodeBlanks(target);
     if (!next || !velnor::hasWebScheme(next.get()) || ++redirects > kMaxRedirects) {
-        return end(Failure::WhenRead);
+        return end(Failure::InStatus);
     }
     if (code() == 303) {
         method = "GET";
