@@ -30,6 +30,10 @@ TEST(VnctlRequests, ExitStatusTellsTheKindOfFailure) {
         {"attributes ftp://h/x", 1, "does not take the URL"},
         {"download " + kHost + "/" + std::string(1000, 'x'), 2, "URL is longer than 858"},
         {"download " + kHost + "/x --path " + std::string(900, 'x'), 2, "too long together"},
+        {"download --force " + kHost + "/letter --cookie-file - <<END\n" + std::string(800, 'x') +
+             "\nEND",
+         2, "too long together"},
+        {"attributes " + kHost + "/letter; cat letter", 0, "content"},
         {"download " + kHost + "/", 2, "name one with --path"},
         {"pause " + kHost + "/other", 5, "knows no such download"},
         {"pause " + kHost + "/letter", 8, "There is nothing to pause"},

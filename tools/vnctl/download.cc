@@ -72,6 +72,15 @@ struct Order {
 };
 using Orders = std::vector<std::unique_ptr<Order>>;
 
+// Whether every request for the download fits, whatever else it holds.
+bool fits(const Secrets& secrets, const std::string& url, const std::string& path) {
+    return sizeInRequest(url) + sizeInRequest(path) + secrets.sizeInRequest() <= kAlwaysFits;
+}
+
+Failure tooLong() {
+    return {INSTALL_ERROR_INTERNAL, "URL, path and secrets are too long together.", kWrongUsage};
+}
+
 void start(const Client& client, const Options& options, const Secrets& secrets,
            const std::string& url, const std::string& path) {
     DownloadOptions download = options.download;
@@ -84,10 +93,7 @@ void start(const Client& client, const Options& options, const Secrets& secrets,
     }
     if (vn_downloadFile(client.handle(), client.cid(), url.c_str(), &download) == 0) return;
     const uint32_t code = vn_getLastError();
-    const size_t size = sizeInRequest(url) + sizeInRequest(path) + secrets.sizeInRequest();
-    if (code == INSTALL_ERROR_INTERNAL && size > kAlwaysFits) {
-        throw Failure(code, "URL, path and secrets are too long together.", kWrongUsage);
-    }
+    if (code == INSTALL_ERROR_INTERNAL && !fits(secrets, url, path)) throw tooLong();
     if (code != INSTALL_ERROR_FILE_NOT_FOUND) throw failureOf(code);
     // It has not come onto the client's list.
     throw Failure(code, "The client does not accept the download. Perhaps it has another one for " +
@@ -169,8 +175,11 @@ void begin(const Client& client, const Options& options, const Secrets& secrets,
     // Not even asked for again: the client may want its challenge to be written over the file.
     order.wasComplete = target.isComplete && !options.mayReplace;
     if (order.wasComplete) return;
-    if (target.isComplete)
+    if (target.isComplete) {
+        // The file goes for nothing that cannot be asked for.
+        if (!fits(secrets, url, target.path)) throw tooLong();
         check(vn_deleteFile(client.handle(), client.cid(), url.c_str(), nullptr));
+    }
     start(client, options, secrets, url, target.path);
     if (isOnlyListed(options)) {
         sayDone(options, "It is on the client's list. 'vnctl download' begins it.",
