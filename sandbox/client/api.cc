@@ -20,6 +20,17 @@ constexpr std::chrono::seconds kBetweenPeriodic{5};
 constexpr char kNotFound[] = "File not found.";
 constexpr char kInvalid[] = "Invalid URL.";
 
+/// Whether a page in a browser sends it. Browsers name the page's origin, or, for a picture or a
+/// link, say at least that it is not the user who asks (Sec-Fetch-Site, W3C Fetch Metadata). A page
+/// whose own name was made to lead to this machine shows by that name.
+bool isFromAWebPage(const sandbox::Request& request) {
+    const std::string site = request.header("Sec-Fetch-Site");
+    if (!request.header("Origin").empty() || (!site.empty() && site != "none")) return true;
+    const std::string host = request.header("Host");
+    const std::string name = host.substr(0, host.rfind(':'));
+    return !host.empty() && name != "127.0.0.1" && strcasecmp(name.c_str(), "localhost") != 0;
+}
+
 /// Flushed, because whoever has the reply looks for the line next.
 void note(const std::string& agent, const std::string& target, const std::string& body) {
     std::printf("%s\t%s\t%s\n", agent.empty() ? "-" : agent.c_str(), target.c_str(), body.c_str());
@@ -168,7 +179,9 @@ std::string Api::perform(Function function, const Query& query) try {
     return json::pair("error", error.what());
 }
 
-Api::Reply Api::replyTo(const std::string& target, const Query& query, const Mode& mode) {
+Api::Reply Api::replyTo(const sandbox::Request& request, const std::string& target,
+                        const Query& query, const Mode& mode) {
+    if (isFromAWebPage(request)) return {"403 Forbidden", json::pair("error", "not for web pages")};
     if (mode.word == "garbage") return {"200 OK", "something else"};
     if (mode.word == "error") return {"200 OK", json::pair("error", "told to")};
     const Function function = functionNamed(query.text("function"));
@@ -184,7 +197,7 @@ Answer Api::answer(const sandbox::Request& request) {
     const Query query(target);
     const Mode mode = currentMode();
     const bool isDropped = mode.word == "drop";
-    const Reply reply = isDropped ? Reply{"", ""} : replyTo(target, query, mode);
+    const Reply reply = isDropped ? Reply{"", ""} : replyTo(request, target, query, mode);
     if (query.text("function") != "ping") note(request.header("User-Agent"), target, reply.body);
     if (isDropped) return {};
     const bool keeps = isGet && strcasecmp(request.header("Connection").c_str(), "keep-alive") == 0;

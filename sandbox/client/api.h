@@ -36,7 +36,8 @@ class Api {
     };
 
     static Function functionNamed(const std::string& name);
-    Reply replyTo(const std::string& target, const Query& query, const Mode& mode);
+    Reply replyTo(const sandbox::Request& request, const std::string& target, const Query& query,
+                  const Mode& mode);
     std::string perform(Function function, const Query& query);
 
     std::string ping(const Query& query);

@@ -113,6 +113,20 @@ TEST(VnctlRequests, NeverLoseAFileThatIsToBeKept) {
     EXPECT_EQ(harness::run("cat /tmp/work/film.*").output, "content");
 }
 
+TEST(VnctlRequests, AreRefusedFromWebPages) {
+    const RunningClient client;
+    for (const auto& [headers, status] : {std::pair("-H 'Host: localhost:9421'", "200"),
+                                          {"-H 'Origin: https://evil.example'", "403"},
+                                          {"-H 'Sec-Fetch-Site: none'", "200"},
+                                          {"-H 'Sec-Fetch-Site: cross-site'", "403"},
+                                          {"-H 'Host: rebound.example:9421'", "403"},
+                                          {"-H 'Host: 127.0.0.1.evil.example'", "403"}}) {
+        const std::string url = "'http://127.0.0.1:9421/api?function=runPeriodicTasks&cid=1'";
+        const std::string ask = "curl -sS -o /dev/null -w '%{http_code}' ";
+        EXPECT_EQ(harness::run(ask + headers + " " + url).output, status) << headers;
+    }
+}
+
 TEST(VnctlRequests, TakeNothingElseForTheClient) {
     const test::ScriptedClient other([](const std::string&) { return test::reply("{}"); });
     expectOutcomes({{"status", 1, "port 9421 is not the client"}});
