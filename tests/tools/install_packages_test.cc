@@ -45,7 +45,8 @@ TEST(InstallPackages, InstallsOrUnpacksWhatIsMissingOrNamesIt) {
     expectEnd("it is not installed.\n0\n");
     EXPECT_TRUE(harness::readFile("/tmp/calls")
                     .starts_with("noninteractive update -qq\nnoninteractive install -qq -y "
-                                 "--no-install-recommends -o Dpkg::Use-Pty=0 cmake perl\n"));
+                                 "--no-install-recommends -o Dpkg::Use-Pty=0 "
+                                 "-o DPkg::Lock::Timeout=300 cmake perl\n"));
     EXPECT_EQ(
         harness::run("cd /tmp/build/packages; find . -print -exec cat '{}' ';' 2>/dev/null").output,
         ".\n./nginx\n./nginx/file\ncontent\n");
