@@ -34,7 +34,8 @@ clang_tidy_findings = sed -E -e '/^clang-tidy|warnings? generated\.$$/d' -e 's/\
 
 .DEFAULT_GOAL := help
 .PHONY: help coming deps configure build package install docs rehearsal run rehearse test mac torture \
-	bench coverage count lint clean lint-count lint-rooms lint-format lint-header lint-docs lint-man lint-shell lint-cppcheck lint-tidy
+	bench coverage count lint clean lint-count lint-rooms lint-format lint-header lint-docs lint-man lint-shell \
+	lint-commands lint-cppcheck lint-tidy
 
 help:
 	@echo 'make run       let the installer install in a rehearsal world, and show what happened'
@@ -145,7 +146,8 @@ coverage:
 count:
 	@tools/count
 
-lint: lint-count lint-rooms lint-format lint-header lint-docs lint-man lint-shell lint-cppcheck lint-tidy
+lint: lint-count lint-rooms lint-format lint-header lint-docs lint-man lint-shell lint-commands \
+	lint-cppcheck lint-tidy
 
 lint-format: deps
 	@echo 'clang-format'
@@ -176,6 +178,10 @@ lint-man: deps
 lint-shell: deps
 	@echo 'shellcheck'
 	@shellcheck $(shell_scripts)
+
+lint-commands: deps
+	@echo 'The commands in the documentation'
+	@tools/commands check
 
 lint-cppcheck: deps
 	@echo 'cppcheck'
