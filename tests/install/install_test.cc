@@ -9,6 +9,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "api/scripted_client.h"
@@ -124,6 +125,22 @@ TEST(Install, OfAnUnusualRelease) {
     const std::string prefix = World::originUrl("").substr(std::string("https:/").size());
     EXPECT_EQ(targetsOf(world.content), (Texts{prefix + name, prefix + "ui.tgz"}));
     EXPECT_EQ(readFile(installed("installer.txt")).find("[eror]"), std::string::npos);
+}
+
+// A signature says whose an artifact is, and neither how old it is nor what it is for.
+TEST(Install, BelievesTheConfigurationHostButNotTheContentHost) {
+    World world;
+    for (const char* kind : {"URL", "Sig"}) {
+        std::swap(world.ini[std::string("MacOSUITool") + kind],
+                  world.ini[std::string("MacOSUninstaller") + kind]);
+    }
+    world.publish();
+    EXPECT_EQ(install().code, 0U);
+    EXPECT_EQ(readFile(installed("ksmacui.tar.gz")), world.artifacts["un.tgz"]);
+    stopClient();
+    world.content.serve("/files/un.tgz", world.artifacts["ui.tgz"]);
+    EXPECT_EQ(install().code, INSTALL_ERROR_VERIFICATION_FAILURE + 0U);
+    EXPECT_EQ(readFile(installed("ksmacui.tar.gz")), world.artifacts["un.tgz"]);
 }
 
 TEST(Install, PingsASilentClient121TimesASecondApart) {
