@@ -30,6 +30,10 @@ OwnedProxies copySystemProxies();
 OwnedText configuredProxyHost(const SystemProxies& proxies, ProxyProtocol protocol, const char* url,
                               int32_t* port);
 
+/// Whether a request for `url` is sent through its proxy: not where the settings except its host.
+/// False as well where that cannot be said.
+bool isProxied(const SystemProxies& proxies, const char* url);
+
 }  // namespace velnor::platform
 
 #endif

@@ -113,6 +113,19 @@ TEST(VnctlRequests, NeverLoseAFileThatIsToBeKept) {
     EXPECT_EQ(harness::run("cat /tmp/work/film.*").output, "content");
 }
 
+// By libproxy's rules and, without a scheme, by curl's.
+TEST(VnctlRequests, DiagnoseTheProxyOfTheConfigurationHost) {
+    for (const char* proxy : {"http://127.0.0.1:9", "127.0.0.1:9"}) {
+        setenv("https_proxy", proxy, 1);
+        for (const auto& [except, said] :
+             {std::pair("other.example", "Proxy                   127.0.0.1:9\n"),
+              {"other.example,.velnor.example", "none for this host; for others 127.0.0.1:9\n"}}) {
+            setenv("no_proxy", except, 1);
+            expectOutcomes({{"diagnose", 1, said}});
+        }
+    }
+}
+
 TEST(VnctlRequests, AreRefusedFromWebPages) {
     const RunningClient client;
     for (const auto& [headers, status] : {std::pair("-H 'Host: localhost:9421'", "200"),

@@ -122,8 +122,12 @@ void addProxy(Record& record) {
     const std::string url = std::string("https://") + velnor::deployment::kConfigurationHost + "/";
     const velnor::platform::OwnedProxies proxies = velnor::platform::copySystemProxies();
     const std::string proxy = proxyFor(proxies.get(), url);
-    record.text("proxy", "Proxy", proxy.empty() ? "none" : proxy.c_str());
-    if (proxy.empty()) return;
+    if (proxy.empty() || !velnor::platform::isProxied(*proxies, url.c_str())) {
+        record.text("proxy", "Proxy",
+                    proxy.empty() ? "none" : ("none for this host; for others " + proxy).c_str());
+        return;
+    }
+    record.text("proxy", "Proxy", proxy.c_str());
     record.boolean("proxypassword", "Its password is stored", hasPassword(*proxies, url));
 }
 

@@ -18,6 +18,8 @@ extern "C" {
 extern const CFStringRef kCFHTTPVersion1_1;
 extern const CFStringRef kCFHTTPAuthenticationUsername;
 extern const CFStringRef kCFHTTPAuthenticationPassword;
+extern const CFStringRef kCFProxyTypeKey;
+extern const CFStringRef kCFProxyTypeNone;
 extern const CFStringRef kCFStreamPropertyHTTPResponseHeader VELNOR_OLD(10.11);
 extern const CFStringRef kCFStreamPropertyHTTPFinalURL VELNOR_OLD(10.11);
 extern const CFStringRef kCFStreamPropertyHTTPProxy VELNOR_OLD(10.11);
@@ -40,6 +42,7 @@ Boolean CFHTTPAuthenticationRequiresUserNameAndPassword(CFHTTPAuthenticationRef 
 Boolean CFHTTPMessageApplyCredentialDictionary(CFHTTPMessageRef request,
                                                CFHTTPAuthenticationRef demand,
                                                CFDictionaryRef credentials, CFStreamError* error);
+CFArrayRef CFNetworkCopyProxiesForURL(CFURLRef url, CFDictionaryRef settings);
 #ifdef __cplusplus
 }
 #endif

@@ -22,6 +22,7 @@ typedef const struct __CFString* CFStringRef;
 typedef const struct __CFData* CFDataRef;
 typedef const struct __CFURL* CFURLRef;
 typedef const struct __CFDictionary* CFDictionaryRef;
+typedef const struct __CFArray* CFArrayRef;
 typedef const struct __CFNumber* CFNumberRef;
 typedef const struct __CFBoolean* CFBooleanRef;
 typedef struct __CFReadStream* CFReadStreamRef;
@@ -81,6 +82,8 @@ CFDictionaryRef CFDictionaryCreate(CFAllocatorRef allocator, const void** keys, 
                                    CFIndex count, const CFDictionaryKeyCallBacks* keyCallBacks,
                                    const CFDictionaryValueCallBacks* valueCallBacks);
 const void* CFDictionaryGetValue(CFDictionaryRef dictionary, const void* key);
+CFIndex CFArrayGetCount(CFArrayRef array);
+const void* CFArrayGetValueAtIndex(CFArrayRef array, CFIndex index);
 Boolean CFReadStreamOpen(CFReadStreamRef stream);
 void CFReadStreamClose(CFReadStreamRef stream);
 CFStreamStatus CFReadStreamGetStatus(CFReadStreamRef stream);

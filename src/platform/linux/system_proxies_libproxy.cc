@@ -78,6 +78,25 @@ Parsed parseAnswer(const char* answer, ProxyAddress* proxy) {
     return length != 0 ? proxy->parse(socks.get()) : Parsed::NoMemory;
 }
 
+// As libcurl reads such a list (CURLOPT_NOPROXY): hosts, what hosts end with, and "*" for all.
+bool isExcepted(const char* list, const char* url) {
+    const OwnedText names = copyText(list);
+    OwnedText copy;
+    char *host = nullptr, *path = nullptr, *rest = nullptr;
+    int32_t port = 0;
+    if (!names || _vn_getHostName(url, copy.out(), &host, &port, &path) == 0) return false;
+    const size_t size = std::strlen(host);
+    for (char* name = strtok_r(names.get(), ", ", &rest); name != nullptr;
+         name = strtok_r(nullptr, ", ", &rest)) {
+        if (std::strcmp(name, "*") == 0) return true;
+        if (*name == '.') ++name;
+        const size_t length = std::strlen(name);
+        const char* end = host + (length < size ? size - length : 0);
+        if ((end == host || end[-1] == '.') && equalIgnoringCase(end, name)) return true;
+    }
+    return false;
+}
+
 }  // namespace
 
 // libproxy is C++ behind its C interface and lets what it meets pass.
@@ -150,6 +169,12 @@ OwnedText configuredProxyHost(const SystemProxies& proxies, ProxyProtocol protoc
     if (!proxy.url && proxies.proxyFor(anyUrl, &proxy) != Parsed::Done) return {};
     if (proxy.host) *port = proxy.port;
     return std::move(proxy.host);
+}
+
+bool isProxied(const SystemProxies& proxies, const char* url) {
+    ProxyAddress proxy;
+    if (proxies.proxyFor(url, &proxy) != Parsed::Done || !proxy.url) return false;
+    return !proxy.except || !isExcepted(proxy.except.get(), url);
 }
 
 OwnedProxies copySystemProxies() {
