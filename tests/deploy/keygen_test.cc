@@ -39,6 +39,12 @@ TEST(Keygen, ReportsWhatFailsAndLeavesNoKey) {
         {"truncate -s 1M /tmp/public; ulimit -f 8; trap '' XFSZ;",
          " /tmp/private.pem 2>&1 >>/tmp/public", 1, "cannot write the output: File too large"},
         {"", " /tmp/none/private.pem 2>&1", 1, "No such file or directory"},
+        {"mkdir -p /tmp/tree/.git /tmp/tree/keys; ln -s tree/keys /tmp/link;",
+         " /tmp/link/private.pem 2>&1", 1, "in the git work tree /tmp/tree,"},
+        {"mkdir -p /tmp/further; : >/tmp/further/.git; cd /tmp/further;", " private.pem 2>&1", 1,
+         "in the git work tree /tmp/further,"},
+        {"cd /tmp/further;", " --force private.pem 2>&1 >public.txt", 0,
+         "The public key is in public.txt. Give"},
         {"", " 2>&1", 2, "PRIVATE.pem is required"},
     };
     for (const auto& [before, arguments, status, message] : rows) {
