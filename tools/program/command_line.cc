@@ -119,6 +119,7 @@ int run(const char* name, const char* description, SetUp setUp, int argc, char**
     std::set_new_handler(noteLackOfMemory);
     std::set_terminate(onTerminate);
     CLI::App app(description, name);
+    app.set_version_flag("--version", std::string(name) + " " VELNOR_VERSION, "Print the version");
     const Body body = setUp(app);
     explainExitStatus(app);
     return parseAndRun(app, body, argc, argv);

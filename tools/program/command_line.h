@@ -19,8 +19,8 @@ using SetUp = Body (*)(CLI::App& app);
 /// Runs a program. Returns the exit status: the body's; 1 when anything throws or what was printed
 /// got lost, with the exception's message, or kOutOfMemory, on standard error behind the program's
 /// name, but for what the reader of a pipe did not stay for; 2 for a command line that is wrong,
-/// with the reason behind the name and advice; 0 for --help, to which the exit statuses are added
-/// unless it ends with a footer of its own.
+/// with the reason behind the name and advice; 0 for --version, and for --help, to which the exit
+/// statuses are added unless it ends with a footer of its own.
 int run(const char* name, const char* description, SetUp setUp, int argc, char** argv);
 
 /// Flushes standard output, which is done at the end in any case. Throws std::system_error when

@@ -10,7 +10,6 @@ namespace {
 
 program::Body setUp(CLI::App& app) {
     app.require_subcommand(1);
-    app.set_version_flag("--version", "vnctl " VNCTL_VERSION, "Print the version");
     const auto chosen = std::make_shared<program::Body>();
     vnctl::addInstall(app, *chosen);
     vnctl::addUninstall(app, *chosen);
