@@ -9,6 +9,19 @@
 
 namespace velnor {
 
+OwnedText configurationUrl(const char* guid) {
+    OwnedText url;
+    _vn_snprintf(url.out(), 0, "https://%s/conf/client_ini.html?guid=%s",
+                 deployment::kConfigurationHost, guid);
+    return url;
+}
+
+OwnedText installerUserAgent(const char* appName) {
+    OwnedText userAgent;
+    _vn_snprintf(userAgent.out(), 0, "Kestrin Installer %s %s", "mac", appName);
+    return userAgent;
+}
+
 Found iniValue(const char* iniText, const char* key, OwnedText* value) {
     const auto found = lineValue(iniText, key);
     *value = found ? copyText(*found) : OwnedText();

@@ -1,4 +1,4 @@
-// What client.ini says about one artifact or setting.
+// How client.ini is asked for, and what it says about one artifact or setting.
 #ifndef VELNOR_INSTALL_CLIENT_INI_H
 #define VELNOR_INSTALL_CLIENT_INI_H
 
@@ -17,6 +17,11 @@ inline constexpr char kUiToolSignatureKey[] = "MacOSUIToolSig=";
 inline constexpr char kUninstallerUrlKey[] = "MacOSUninstallerURL=";
 inline constexpr char kUninstallerSignatureKey[] = "MacOSUninstallerSig=";
 inline constexpr char kUninstallTimeoutKey[] = "UninstallTimeOutSec=";
+
+/// The request for client.ini: its URL for the machine with this GUID, and the User-Agent of all
+/// requests of an installation by `appName`. Null with code 4 when there is no memory.
+OwnedText configurationUrl(const char* guid);
+OwnedText installerUserAgent(const char* appName);
 
 /// Stores the value of `key` in client.ini, or null, in `*value`.
 Found iniValue(const char* iniText, const char* key, OwnedText* value);

@@ -92,15 +92,11 @@ class Installation {
         VN_LOG_INFO(kFunction, "Starting Installation");
         guid_ = OwnedText(_vn_generateGuid());
         if (!guid_) return fail(INSTALL_ERROR_INSUFFICIENTMEMORY);
-        if (_vn_snprintf(userAgent_.out(), 0, "Kestrin Installer %s %s", "mac", appName_) == 0) {
-            return false;
-        }
+        userAgent_ = installerUserAgent(appName_);
+        if (!userAgent_) return false;
         report(15);
-        OwnedText url;
-        if (_vn_snprintf(url.out(), 0, "https://%s/conf/client_ini.html?guid=%s",
-                         deployment::kConfigurationHost, guid_.get()) == 0) {
-            return false;
-        }
+        const OwnedText url = configurationUrl(guid_.get());
+        if (!url) return false;
         ini_ = OwnedText(
             _vn_downloadVelnorURL(userAgent_.get(), url.get(), &iniSize_, nullptr, 15, 25));
         if (ini_ && iniSize_ != 0) return true;

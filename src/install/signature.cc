@@ -78,7 +78,7 @@ SignatureCheck checkDigest(const char* hex, const uint8_t* signature, uint32_t s
     // What cannot be decrypted (-1) is no failure of this machine: another key signed it.
     if (count < 0) return {false};
     const OwnedText decrypted(_vn_toHex(bytes.get(), static_cast<uint32_t>(count)));
-    return {decrypted && std::strcmp(hex, decrypted.get()) == 0};
+    return {decrypted && std::strcmp(hex, decrypted.get()) == 0, "", "", true};
 }
 
 }  // namespace

@@ -28,6 +28,7 @@ struct SignatureCheck {
     bool verified;
     const char* function = "";
     const char* message = "";
+    bool isOfOurKey = verified;  // over these data or others
 };
 
 /// Compares the SHA-1 digest of `size` bytes at `data` with what `signatureHex` decrypts to: hex

@@ -74,7 +74,10 @@ Answer HttpAttempts::send(Way way) {
         const platform::OwnedStream stream = platform::openStream(requestFor(way));
         if (!stream) return {Ending::Failed};
         Answer answer = await(*stream, keep_);
-        if (answer.status != kProxyAuthenticationRequired || authentication_) return answer;
+        if (answer.status != kProxyAuthenticationRequired || authentication_) {
+            copyFailureText(*stream, answer.failure);
+            return answer;
+        }
         if (!answerDemand(*stream)) return {Ending::Failed};
     }
 }

@@ -3,7 +3,6 @@
 #include <array>
 #include <utility>
 
-#include "net/http_attempts.h"
 #include "support/url.h"
 
 namespace velnor {
@@ -19,7 +18,7 @@ bool isHeaderText(const char* text) {
 }
 
 // The body as it was before it was sent; null data and size 0 when it cannot be inflated.
-Body decode(Answer answer, bool isCounted) {
+Body decode(Answer& answer, bool isCounted) {
     if (!answer.isGzip) return std::move(answer.body);
     // Without a count it counts as too short, which is fixed by the interface: a caller that asks
     // for no count wants text, and text is not served compressed.
@@ -27,14 +26,14 @@ Body decode(Answer answer, bool isCounted) {
     return inflateGzip(std::move(answer.body));
 }
 
-char* download(const platform::HttpRequest& request, uint32_t* outSize) {
+char* download(const platform::HttpRequest& request, uint32_t* outSize, Answer* last) {
     HttpAttempts attempts(request, Keep::Body);
     for (const Way way : {Way::Proxied, Way::Direct}) {
         attempts.forgetProxyDemand();
-        Answer answer = attempts.send(way);
-        if (answer.ending == Ending::NoMemory) return nullptr;
-        if (answer.status != kStatusOk) continue;
-        Body body = decode(std::move(answer), outSize != nullptr);
+        *last = attempts.send(way);
+        if (last->ending == Ending::NoMemory) return nullptr;
+        if (last->status != kStatusOk) continue;
+        Body body = decode(*last, outSize != nullptr);
         if (outSize != nullptr) *outSize = body.size;
         if (body.data) return body.data.release();
     }
@@ -42,14 +41,20 @@ char* download(const platform::HttpRequest& request, uint32_t* outSize) {
 }
 
 }  // namespace
+
+char* downloadWebUrl(const char* userAgent, const char* url, uint32_t* outSize, Answer* last) {
+    if (userAgent == nullptr || url == nullptr) return nullptr;
+    if (!isWebUrl(url) || !isHeaderText(userAgent)) return nullptr;
+    const std::array<platform::HttpHeader, 2> headers{
+        {{"User-Agent", userAgent}, {"Accept-Encoding", "gzip"}}};
+    return download({"GET", url, headers}, outSize, last);
+}
+
 }  // namespace velnor
 
 char* _vn_downloadVelnorURL(const char* userAgent, const char* url, uint32_t* outSize,
                             InstallContext* /*context*/, uint32_t /*progressFrom*/,
                             uint32_t /*progressTo*/) {
-    if (userAgent == nullptr || url == nullptr) return nullptr;
-    if (!velnor::isWebUrl(url) || !velnor::isHeaderText(userAgent)) return nullptr;
-    const std::array<velnor::platform::HttpHeader, 2> headers{
-        {{"User-Agent", userAgent}, {"Accept-Encoding", "gzip"}}};
-    return velnor::download({"GET", url, headers}, outSize);
+    velnor::Answer last{velnor::Ending::Failed};
+    return velnor::downloadWebUrl(userAgent, url, outSize, &last);
 }

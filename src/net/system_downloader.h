@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "net/http_attempts.h"
 #include "velnor/capi.h"
 
 /// Fetches `url` ("http://" or "https://", ASCII) with the given "User-Agent" and returns its body
@@ -20,5 +21,13 @@
 /// less; no other failure sets one. Logs nothing.
 char* _vn_downloadVelnorURL(const char* userAgent, const char* url, uint32_t* outSize,
                             InstallContext* context, uint32_t progressFrom, uint32_t progressTo);
+
+namespace velnor {
+
+/// The same, and stores in `*last` how the last attempt ended, without its body. Where nothing was
+/// sent it is left alone.
+char* downloadWebUrl(const char* userAgent, const char* url, uint32_t* outSize, Answer* last);
+
+}  // namespace velnor
 
 #endif

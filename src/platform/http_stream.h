@@ -82,6 +82,10 @@ int32_t readBody(HttpStream& stream, void* buffer, uint32_t size);
 /// Status code of the final response; 0 while there is none.
 int32_t responseCode(const HttpStream& stream);
 
+/// Puts what the system's stack says about a failure, such as "certificate has expired", into
+/// `text`, as much as fits with its NUL; an empty text where it says nothing.
+void copyFailureText(const HttpStream& stream, std::span<char> text);
+
 /// True when the final response has a header `name` (any letter case) with exactly `value`.
 bool hasResponseHeader(const HttpStream& stream, const char* name, const char* value);
 

@@ -78,6 +78,9 @@ struct __CFData : mac::Text {
 struct __CFURL : mac::Text {
     using Text::Text;
 };
+struct __CFError : mac::Text {
+    using Text::Text;
+};
 struct __CFBoolean : mac::Object {};
 struct __CFNumber : mac::Object {
     explicit __CFNumber(SInt32 number) : value(number) {}

@@ -230,6 +230,12 @@ CFIndex CFReadStreamRead(CFReadStreamRef stream, UInt8* buffer, CFIndex size) {
     return -1;
 }
 
+CFErrorRef CFReadStreamCopyError(CFReadStreamRef stream) {
+    return stream->failure == Failure::None ? nullptr : mac::make<__CFError>("failed");
+}
+
+CFStringRef CFErrorCopyDescription(CFErrorRef error) { return mac::make<__CFString>(error->text); }
+
 CFTypeRef CFReadStreamCopyProperty(CFReadStreamRef stream, CFStringRef name) {
     if (name == kCFStreamPropertyHTTPFinalURL) return mac::make<__CFURL>(stream->url);
     const bool isFinal =

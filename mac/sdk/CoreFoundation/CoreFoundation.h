@@ -26,6 +26,7 @@ typedef const struct __CFArray* CFArrayRef;
 typedef const struct __CFNumber* CFNumberRef;
 typedef const struct __CFBoolean* CFBooleanRef;
 typedef struct __CFReadStream* CFReadStreamRef;
+typedef struct __CFError* CFErrorRef;
 
 enum { kCFStringEncodingASCII = 0x0600, kCFStringEncodingUTF8 = 0x08000100 };
 typedef CFIndex CFComparisonResult;
@@ -89,6 +90,8 @@ void CFReadStreamClose(CFReadStreamRef stream);
 CFStreamStatus CFReadStreamGetStatus(CFReadStreamRef stream);
 Boolean CFReadStreamHasBytesAvailable(CFReadStreamRef stream);
 CFIndex CFReadStreamRead(CFReadStreamRef stream, UInt8* buffer, CFIndex size);
+CFErrorRef CFReadStreamCopyError(CFReadStreamRef stream);
+CFStringRef CFErrorCopyDescription(CFErrorRef error);
 CFTypeRef CFReadStreamCopyProperty(CFReadStreamRef stream, CFStringRef name);
 Boolean CFReadStreamSetProperty(CFReadStreamRef stream, CFStringRef name, CFTypeRef value);
 #ifdef __cplusplus

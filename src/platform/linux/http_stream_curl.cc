@@ -3,6 +3,7 @@
 #include <curl/curl.h>
 
 #include <chrono>
+#include <cstdio>
 #include <cstring>
 #include <new>
 #include <utility>
@@ -90,6 +91,7 @@ class HttpStream {
     int32_t responseCode() const;
     const curl_header* responseHeader(const char* name) const;
     OwnedAuthentication takeProxyAuthentication();
+    const char* failureText() const { return failureText_; }
 
   private:
     static int onConnected(void* self, char*, char*, int, int);
@@ -122,6 +124,7 @@ class HttpStream {
     Transfer transfer_;
     OwnedText url_;
     OwnedText firstProxy_;
+    char failureText_[CURL_ERROR_SIZE] = "";
     StreamBuffer buffer_;
     StreamStatus status_ = StreamStatus::Opening;
     bool paused_ = false;
@@ -152,6 +155,7 @@ void HttpStream::setOptions() {
     curl_easy_setopt(easy, CURLOPT_HTTPHEADER, headers_.get());
     curl_easy_setopt(easy, CURLOPT_PROXYHEADER, proxyHeaders_.get());
     curl_easy_setopt(easy, CURLOPT_BUFFERSIZE, kReceiveSize);
+    curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, failureText_);
     curl_easy_setopt(easy, CURLOPT_PREREQFUNCTION, onConnected);
     curl_easy_setopt(easy, CURLOPT_PREREQDATA, this);
     curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, onHeaderLine);
@@ -223,6 +227,7 @@ OwnedAuthentication HttpStream::takeProxyAuthentication() {
     curl_easy_getinfo(easy(), CURLINFO_PROXYAUTH_AVAIL, &schemes);
     if (schemes == CURLAUTH_NONE) return nullptr;
     transfer_.stop();
+    curl_easy_setopt(easy(), CURLOPT_ERRORBUFFER, nullptr);
     return OwnedAuthentication(new (std::nothrow)
                                    ProxyAuthentication(schemes, std::move(transfer_)));
 }
@@ -394,6 +399,10 @@ int32_t readBody(HttpStream& stream, void* buffer, uint32_t size) {
 }
 
 int32_t responseCode(const HttpStream& stream) { return stream.responseCode(); }
+
+void copyFailureText(const HttpStream& stream, std::span<char> text) {
+    std::snprintf(text.data(), text.size(), "%s", stream.failureText());
+}
 
 bool hasResponseHeader(const HttpStream& stream, const char* name, const char* value) {
     const curl_header* header = stream.responseHeader(name);

@@ -44,6 +44,9 @@ class HttpStream {
     bool hasBytesAvailable() const;
     int32_t read(void* buffer, uint32_t size);
     CfRef<CFHTTPMessageRef> response() const { return old::copyResponse(stream_.get()); }
+    CfRef<CFErrorRef> error() const {
+        return CfRef<CFErrorRef>(CFReadStreamCopyError(stream_.get()));
+    }
 
   private:
     bool isProxyDemand() const;
@@ -248,6 +251,15 @@ int32_t readBody(HttpStream& stream, void* buffer, uint32_t size) {
 int32_t responseCode(const HttpStream& stream) {
     const CfRef<CFHTTPMessageRef> head = stream.response();
     return head ? static_cast<int32_t>(CFHTTPMessageGetResponseStatusCode(head.get())) : 0;
+}
+
+void copyFailureText(const HttpStream& stream, std::span<char> text) {
+    const CfRef<CFErrorRef> error = stream.error();
+    const CfRef<CFStringRef> said(error ? CFErrorCopyDescription(error.get()) : nullptr);
+    const bool isCopied =
+        said && CFStringGetCString(said.get(), text.data(), static_cast<CFIndex>(text.size()),
+                                   kCFStringEncodingUTF8) != 0;
+    if (!isCopied) text.front() = '\0';
 }
 
 bool hasResponseHeader(const HttpStream& stream, const char* name, const char* value) {
