@@ -1,11 +1,14 @@
 // vn-publish: artifacts and their URLs in, signatures and a complete client.ini out.
+#include <csignal>
 #include <iostream>
 #include <limits>
 #include <memory>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "program/command_line.h"
+#include "publish/live.h"
 #include "publish/release.h"
 
 namespace {
@@ -13,12 +16,19 @@ namespace {
 constexpr char kDescription[] =
     "Signs the artifacts of a release and writes the client.ini that offers them to installers.\n"
     "All of it is checked with the installer's own code first. When anything is wrong, a message\n"
-    "says what to do, and no file is written.\n";
+    "says what to do, and no file is written.\n"
+    "With --check-live it fetches what is on the servers, as an installation does, and says of "
+    "each\n"
+    "file whether installers accept it; no other option is required then, and no key.\n";
+
+constexpr char kNobodysGuid[] = "00000000000000000000000000000000";
 
 struct Options {
     deploy::Release release;
     std::string key;
     std::string output;
+    bool isLiveCheck = false;
+    std::string guid = kNobodysGuid;
 };
 
 // `artifact` is an Artifact, or may be left out.
@@ -65,6 +75,43 @@ void addSettings(CLI::App& app, Options& options) {
         ->type_name("client.ini");
 }
 
+std::string checkGuid(const std::string& text) {
+    const bool isGuid = text.size() == sizeof kNobodysGuid - 1 &&
+                        text.find_first_not_of("0123456789abcdefABCDEF") == std::string::npos;
+    return isGuid ? "" : "'" + text + "' is no GUID, which has 32 hexadecimal digits";
+}
+
+// Beside it nothing that publishes is required, or possible.
+void addLiveCheck(CLI::App& app, Options& options) {
+    const std::vector<CLI::Option*> others = app.get_options([](const CLI::Option* option) {
+        return option->get_name() != "--help" && option->get_name() != "--version";
+    });
+    CLI::Option* check = app.add_flag(
+        "--check-live",
+        [&options, others](int64_t) {
+            options.isLiveCheck = true;
+            for (CLI::Option* other : others) {
+                other->required(false);
+                if (other->count() > 0) throw CLI::ExcludesError("--check-live", other->get_name());
+            }
+        },
+        "Fetch client.ini and the artifacts from the servers, and verify them");
+    app.add_option("--guid", options.guid,
+                   "The machine in whose name client.ini is fetched (32 zeros when not given)")
+        ->type_name("GUID")
+        ->check(checkGuid)
+        ->needs(check);
+}
+
+int checkLive(const Options& options) {
+    // As an installer does: a peer that hangs up is an error and no reason to die.
+    std::signal(SIGPIPE, SIG_IGN);
+    const bool isAccepted = deploy::checkLive(options.guid);
+    std::cout << (isAccepted ? "Installers accept what is on the servers.\n"
+                             : "Installations fail until this is put right.\n");
+    return isAccepted ? 0 : 1;
+}
+
 int publish(const Options& options) {
     deploy::publish(options.release, options.key, options.output);
     std::cout << "Wrote " << options.output << "; installers will accept what it offers.\n";
@@ -75,7 +122,8 @@ program::Body setUp(CLI::App& app) {
     const auto options = std::make_shared<Options>();
     addArtifacts(app, options->release);
     addSettings(app, *options);
-    return [options] { return publish(*options); };
+    addLiveCheck(app, *options);
+    return [options] { return options->isLiveCheck ? checkLive(*options) : publish(*options); };
 }
 
 }  // namespace

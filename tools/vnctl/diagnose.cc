@@ -1,6 +1,4 @@
 // vnctl diagnose: what a supporter asks first about an installation that does not work.
-#include <netdb.h>
-
 #include <array>
 #include <cstdio>
 #include <cstring>
@@ -14,6 +12,7 @@
 #include "net/http_attempts.h"
 #include "net/proxy_credentials.h"
 #include "platform/system_proxies.h"
+#include "program/answer.h"
 #include "support/owned.h"
 #include "support/paths.h"
 #include "support/product.h"
@@ -43,30 +42,6 @@ bool hasPassword(const velnor::platform::SystemProxies& proxies, const std::stri
     return velnor::findProxyCredentials(proxies, url.c_str(), &credentials);
 }
 
-// Why the name of `host`, which may end with a port, has no address; empty when it has one.
-std::string nameFailure(const std::string& host) {
-    addrinfo* found = nullptr;
-    const int result =
-        getaddrinfo(host.substr(0, host.rfind(':')).c_str(), nullptr, nullptr, &found);
-    if (result == 0) freeaddrinfo(found);
-    return result == 0 ? "" : gai_strerror(result);
-}
-
-std::string answerText(const velnor::Answer& answer, const std::string& host) {
-    switch (answer.ending) {
-        case velnor::Ending::Answered:
-            return "answers, its certificate is valid";
-        case velnor::Ending::NoAnswer: {
-            const std::string reason = nameFailure(host);
-            return reason.empty() ? "does not answer" : "has no address: " + reason;
-        }
-        case velnor::Ending::NoMemory:
-            throw std::bad_alloc();
-        default:
-            return "gives no answer that can be used: no valid certificate, or no HTTP";
-    }
-}
-
 // As the installer asks: by way of the proxies, then directly.
 bool askHost(const std::string& host, std::string* said) {
     const std::string url = "https://" + host + "/";
@@ -76,7 +51,7 @@ bool askHost(const std::string& host, std::string* said) {
     velnor::HttpAttempts attempts(request, velnor::Keep::Status);
     velnor::Answer answer = attempts.send(velnor::Way::Proxied);
     if (answer.ending != velnor::Ending::Answered) answer = attempts.send(velnor::Way::Direct);
-    *said = host + " " + answerText(answer, host);
+    *said = host + " " + program::answerText(answer, host);
     return answer.ending == velnor::Ending::Answered;
 }
 
