@@ -1,7 +1,11 @@
 // The published nginx configurations, as installers and others meet them.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <iomanip>
+#include <random>
+#include <sstream>
 #include <string>
 
 #include "deploy/publish_command.h"
@@ -25,10 +29,11 @@ const std::string kLogName = "0123456789abcdef0123456789abcdef.log";
 const std::string kOwn = " " + kLogUrl + kLogName;
 
 /// nginx with these files of deploy/hosting; it ends with the test's sandbox.
-void host(const std::string& configurations) {
+void host(const std::string& configurations,
+          const std::string& certificate = TLS_FOLDER "/server") {
     const harness::CommandResult started =
-        run("'" WEB_HOST "' '" NGINX "' '" HOSTING "' " + kConfigHost + " " + kContentHost +
-            " '" TLS_SERVER "' " + configurations + " 2>&1");
+        run("'" WEB_HOST "' '" NGINX "' '" HOSTING "' " + kConfigHost + " " + kContentHost + " '" +
+            certificate + "' " + configurations + " 2>&1");
     ASSERT_EQ(started.status, 0) << "nginx does not start; is it missing? (make deps)\n"
                                  << started.output;
     std::filesystem::create_directories(kArtifacts);
@@ -37,6 +42,27 @@ void host(const std::string& configurations) {
 // The answer's status, or what curl says when there is none.
 std::string statusOf(const std::string& request) {
     return run("cd /tmp && curl -sS -o /dev/null -w '%{http_code}' " + request + " 2>&1").output;
+}
+
+// It makes its file "pid" in its own time, and is gone a moment after that.
+const std::string kStop =
+    "cd /tmp/nginx; until [ -s pid ]; do sleep 0.01; done; kill $(cat pid); "
+    "while [ -e pid ]; do sleep 0.01; done; ";
+const std::string kCheckLive = "'" VN_PUBLISH "' --check-live";
+
+/// Puts a release in place, with the rewrite to the content host.
+void publishRelease() {
+    PublishCommand release;
+    release.client = kArtifacts + "ksmac_1.6.5";
+    release.clientUrl = "https:/" + kOriginFolder + "ksmac_1.6.5";
+    release.uiTool = kArtifacts + "ui.tar.gz";
+    release.uiToolUrl = "https:/" + kOriginFolder + "ui.tar.gz";
+    release.logUrl = kLogUrl;
+    release.output = kClientIni;
+    release.more = "--content-host-rewrite";
+    std::filesystem::copy_file(STANDIN_CLIENT, release.client);
+    ASSERT_EQ(run("cd " + kFolder + " && tar -czf " + release.uiTool + " ui").status, 0);
+    ASSERT_EQ(release.run().status, 0);
 }
 
 void expectClientIni() {
@@ -59,17 +85,12 @@ void expectOneArtifact() {
 
 TEST(Hosting, CarriesAnInstallationAndStoresItsLog) {
     host("config.conf content.conf downloads.conf logs.conf");
-    PublishCommand release;
-    release.client = kArtifacts + "ksmac_1.6.5";
-    release.clientUrl = "https:/" + kOriginFolder + "ksmac_1.6.5";
-    release.uiTool = kArtifacts + "ui.tar.gz";
-    release.uiToolUrl = "https:/" + kOriginFolder + "ui.tar.gz";
-    release.logUrl = kLogUrl;
-    release.output = kClientIni;
-    release.more = "--content-host-rewrite";
-    std::filesystem::copy_file(STANDIN_CLIENT, release.client);
-    ASSERT_EQ(run("cd " + kFolder + " && tar -czf " + release.uiTool + " ui").status, 0);
-    ASSERT_EQ(release.run().status, 0);
+    publishRelease();
+    const harness::CommandResult live = run(kCheckLive);
+    EXPECT_EQ(live.status, 0) << live.output;
+    const std::string client = "ksmac_1.6.5  " + kRewritten + "ksmac_1.6.5  accepted, ";
+    EXPECT_NE(live.output.find(client), std::string::npos) << live.output;
+    EXPECT_FALSE(harness::exists(harness::kInstallPath));
 
     const harness::CommandResult installed = run("'" VNCTL "' install 2>&1 </dev/null");
     EXPECT_EQ(installed.status, 0) << installed.output;
@@ -79,6 +100,83 @@ TEST(Hosting, CarriesAnInstallationAndStoresItsLog) {
 
     expectClientIni();
     expectOneArtifact();
+}
+
+// Done in the folder of the servers' files, and what the check says then.
+const std::pair<std::string, const char*> kLiveFaults[] = {
+    {"rm files/*/*/ksmac*", "ksmac_1.6.5  refused: answers with status 404"},
+    {"truncate -s 0 files/*/*/ui*", "refused: is empty"},
+    {"truncate -s +1 files/*/*/ksmac*", "it is not the file that was signed"},
+    {"sed -i 's/ToolSig=./&0/' client.ini", "its signature is not by the key"},
+    {"sed -i /ToolSig/d client.ini", "client.ini has no MacOSUIToolSig="},
+    {"sed -i /ToolURL/d client.ini", "ksmacui.tar.gz  refused: client.ini has no MacOSUIToolURL="},
+    {"truncate -s 60 client.ini", "it has no MacOSClientURL="},
+    {"sed -i 's,/logs/,\x1b,' client.ini", "LogfileUploadURL= is no URL"},
+    {"sed -i 's/true/false/; s/origin[.]/nowhere./' client.ini", "host has no address"},
+    {"rm client.ini", "guid=00000000000000000000000000000000  refused: answers with status 404"},
+    {kStop, "host does not answer"},
+};
+
+TEST(Hosting, LiveCheckSaysWhatInstallersWouldTripOver) {
+    host("config.conf content.conf downloads.conf");
+    publishRelease();
+    run("cp -a /Applications/srv/velnor /tmp/whole");
+    for (const auto& [fault, said] : kLiveFaults) {
+        run("cd /Applications/srv/velnor; " + fault);
+        const harness::CommandResult live = run(kCheckLive);
+        EXPECT_EQ(live.status, 1) << fault;
+        EXPECT_NE(live.output.find(said), std::string::npos) << fault << '\n' << live.output;
+        EXPECT_EQ(live.output.find('\x1b'), std::string::npos);
+        run("cp -a /tmp/whole/. /Applications/srv/velnor");
+    }
+}
+
+TEST(Hosting, LiveCheckNamesWhatIsWrongWithACertificate) {
+    host("config.conf", TLS_FOLDER "/expired");
+    const std::string said = run(kCheckLive).output;
+    EXPECT_NE(said.find("certificate has expired"), std::string::npos) << said;
+}
+
+// What each of so many GUIDs gets, one letter each, after this share has been set as the guide
+// does.
+std::string drawn(const std::string& share, const std::string& guids) {
+    run(kStop + "sed -i 's/^    [0-9.]*% /    " + share +
+        " /' conf.d/rollout.conf; '" NGINX "' -e error.log -p . -c nginx.conf");
+    const std::string url = "https://" + kConfigHost + "/conf/client_ini.html?guid=";
+    harness::writeFile("/tmp/guids", guids);
+    return run("sed 's,.*,url = \"" + url + "&\",' /tmp/guids | curl -sS -K - 2>&1").output;
+}
+
+double percentNew(const std::string& releases) {
+    const auto count = static_cast<double>(std::ranges::count(releases, 'n'));
+    return count * 100 / static_cast<double>(releases.size());
+}
+
+TEST(Hosting, RolloutDrawsAShareThatKeepsItsMembers) {
+    host("rollout.conf");
+    harness::writeFile(kClientIni, "o");
+    run("mkdir /Applications/srv/velnor/next");
+    const std::string next = "/Applications/srv/velnor/next/client.ini";
+    harness::writeFile(next, "n");
+    std::mt19937_64 random(1);
+    std::ostringstream guids;
+    guids << std::hex << std::setfill('0');
+    for (int i = 0; i < 10'000; ++i) {
+        guids << std::setw(16) << random() << std::setw(16) << random() << '\n';
+    }
+    const std::string first = drawn("1%", guids.str());
+    const std::string then = drawn("10%", guids.str() + guids.str().substr(0, 33 * 1'000));
+    ASSERT_EQ(first.size(), 10'000U) << first.substr(0, 200);
+    EXPECT_NEAR(percentNew(first), 1, 0.3);
+    EXPECT_NEAR(percentNew(then.substr(0, 10'000)), 10, 1);
+    EXPECT_EQ(then.substr(0, 1'000), then.substr(10'000)) << "asked twice";
+    for (size_t i = 0; i < first.size(); ++i) EXPECT_FALSE(first[i] == 'n' && then[i] == 'o');
+
+    const std::string special = std::string(32, '0') + "\n\n0123\n" + std::string(32, 'x') + "\n" +
+                                std::string(32, 'F') + "\n";
+    EXPECT_EQ(drawn("100%", special + "0123456789ABCDEF0123456789abcdef\n"), "oooonn");
+    std::filesystem::remove(next);
+    EXPECT_EQ(drawn("100%", guids.str().substr(0, 33 * 10)), "oooooooooo") << "halted";
 }
 
 TEST(Hosting, HasAnArtifactThroughTheProxyAndKeepsIt) {
