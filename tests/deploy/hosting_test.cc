@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <iomanip>
 #include <random>
+#include <regex>
 #include <sstream>
 #include <string>
 
@@ -88,8 +89,9 @@ TEST(Hosting, CarriesAnInstallationAndStoresItsLog) {
     publishRelease();
     const harness::CommandResult live = run(kCheckLive);
     EXPECT_EQ(live.status, 0) << live.output;
-    const std::string client = "ksmac_1.6.5  " + kRewritten + "ksmac_1.6.5  accepted, ";
-    EXPECT_NE(live.output.find(client), std::string::npos) << live.output;
+    const std::regex client("\nksmac_1.6.5  " + kRewritten +
+                            "ksmac_1.6.5  accepted, [0-9]{1,3}(,[0-9]{3})+ bytes\n");
+    EXPECT_TRUE(std::regex_search(live.output, client)) << live.output;
     EXPECT_FALSE(harness::exists(harness::kInstallPath));
 
     const harness::CommandResult installed = run("'" VNCTL "' install 2>&1 </dev/null");
@@ -164,19 +166,21 @@ TEST(Hosting, RolloutDrawsAShareThatKeepsItsMembers) {
     for (int i = 0; i < 10'000; ++i) {
         guids << std::setw(16) << random() << std::setw(16) << random() << '\n';
     }
-    const std::string first = drawn("1%", guids.str());
+    const std::string yours = std::string(32, 'F') + "\n";
+    const std::string first = drawn("1%", guids.str() + yours);
     const std::string then = drawn("10%", guids.str() + guids.str().substr(0, 33 * 1'000));
-    ASSERT_EQ(first.size(), 10'000U) << first.substr(0, 200);
+    ASSERT_EQ(first.size(), 10'001U) << first.substr(0, 200);
     EXPECT_NEAR(percentNew(first), 1, 0.3);
+    EXPECT_EQ(first.back(), 'n') << "32 f";
     EXPECT_NEAR(percentNew(then.substr(0, 10'000)), 10, 1);
     EXPECT_EQ(then.substr(0, 1'000), then.substr(10'000)) << "asked twice";
-    for (size_t i = 0; i < first.size(); ++i) EXPECT_FALSE(first[i] == 'n' && then[i] == 'o');
+    for (size_t i = 0; i < 10'000; ++i) EXPECT_FALSE(first[i] == 'n' && then[i] == 'o');
 
     const std::string special = std::string(32, '0') + "\n\n0123\n" + std::string(32, 'x') + "\n" +
-                                std::string(32, 'F') + "\n";
-    EXPECT_EQ(drawn("100%", special + "0123456789ABCDEF0123456789abcdef\n"), "oooonn");
+                                std::string(33, 'a') + "\n0123456789ABCDEF0123456789abcdef\n";
+    EXPECT_EQ(drawn("100%", special), "ooooon");
     std::filesystem::remove(next);
-    EXPECT_EQ(drawn("100%", guids.str().substr(0, 33 * 10)), "oooooooooo") << "halted";
+    EXPECT_EQ(drawn("100%", yours), "o") << "halted";
 }
 
 TEST(Hosting, HasAnArtifactThroughTheProxyAndKeepsIt) {
