@@ -43,3 +43,16 @@ foreach(language English French German Japanese Spanish)
 endforeach()
 add_custom_target(installer_resources DEPENDS ${copies})
 add_dependencies(installer installer_resources)
+
+set(installed_bundles "${CMAKE_INSTALL_LIBDIR}/velnor")
+if(APPLE)
+  install(TARGETS installer BUNDLE DESTINATION "${installed_bundles}" COMPONENT application)
+else()
+  install(TARGETS installer RUNTIME DESTINATION "${installed_bundles}/Installer.app"
+    COMPONENT application)
+  install(DIRECTORY "${resources}" DESTINATION "${installed_bundles}/Installer.app"
+    COMPONENT application)
+endif()
+# That one comes after this room.
+cmake_language(DEFER DIRECTORY "${PROJECT_SOURCE_DIR}"
+  CALL add_dependencies velnor_package installer)
