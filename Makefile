@@ -82,7 +82,7 @@ install:
 	[[ -w $$folder ]] || { echo "You may not write in $$folder. Run this as root (sudo make install)," \
 		"or name a folder of your own: make install PREFIX=~/velnor" >&2; exit 1; }
 	@DESTDIR=$(call absolute,$(DESTDIR)) cmake --install $(build) --prefix $(call absolute,$(PREFIX)) \
-		$(if $(filter release,$(PRESET)),--strip) | \
+		$(if $(filter release deployment,$(PRESET)),--strip) | \
 		sed -nE 's/^-- (Installing|Up-to-date): /  /p'
 	@rm -f $(build)/install_manifest.txt
 	@! grep -q '^VELNOR_PUBLIC_KEY:STRING=$$' $(build)/CMakeCache.txt || \
