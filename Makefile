@@ -33,8 +33,8 @@ clang_tidy_findings = sed -E -e '/^clang-tidy|warnings? generated\.$$/d' -e 's/\
 	$(build)/clang-tidy.log
 
 .DEFAULT_GOAL := help
-.PHONY: help coming deps configure build package install docs rehearsal run rehearse test mac torture \
-	bench coverage count lint clean lint-count lint-rooms lint-format lint-header lint-docs lint-man lint-shell \
+.PHONY: help coming deps configure build package install docs rehearsal run rehearse test mac dist \
+	torture bench coverage count lint clean lint-count lint-rooms lint-format lint-header lint-docs lint-man lint-shell \
 	lint-commands lint-cppcheck lint-tidy
 
 help:
@@ -44,6 +44,7 @@ help:
 	@echo 'make mac       the application, the library and the tools for macOS, in build/mac'
 	@echo 'make torture   everything that can fail does, at every point, and a table says what survived'
 	@echo 'make install   build and install vnctl, the maker'\''s tools and the client API library'
+	@echo 'make dist      Debian packages, the source and their sums, in build/dist'
 	@echo 'make docs      the reference of the client API as web pages, in build/docs'
 	@echo 'make bench     build and run the benchmarks'
 	@echo 'make coverage  which lines and branches of the engine the tests reach, by room'
@@ -121,6 +122,9 @@ test: build
 
 mac:
 	@mac/build $(CMAKE_ARGS)
+
+dist:
+	@tools/dist $(CMAKE_ARGS)
 
 torture: configure
 	@cmake --build --preset $(PRESET) --parallel $(jobs) --target velnor_torture
