@@ -6,7 +6,7 @@
 #include "groups.h"
 #include "net/system_downloader.h"
 #include "servers.h"
-#include "support/memory.h"
+#include "support/owned.h"
 
 namespace bench {
 namespace {

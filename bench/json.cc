@@ -5,7 +5,7 @@
 
 #include "comparison.h"
 #include "groups.h"
-#include "support/memory.h"
+#include "support/owned.h"
 #include "support/text_extraction.h"
 
 namespace bench {

@@ -5,7 +5,6 @@
 #include "api/request_path.h"
 #include "api/result/last_error.h"
 #include "support/files.h"
-#include "support/memory.h"
 #include "support/owned.h"
 #include "support/paths.h"
 #include "support/product.h"

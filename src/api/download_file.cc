@@ -7,8 +7,8 @@
 #include "api/outcome.h"
 #include "api/request_path.h"
 #include "api/result/last_error.h"
-#include "support/format.h"
 #include "support/owned.h"
+#include "support/text.h"
 
 // The layout is known to programs that are already built.
 static_assert(

@@ -5,7 +5,6 @@
 #include "api/outcome.h"
 #include "api/request_path.h"
 #include "api/result/last_error.h"
-#include "support/memory.h"
 #include "support/owned.h"
 #include "support/text.h"
 #include "support/text_extraction.h"

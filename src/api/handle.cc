@@ -10,8 +10,7 @@
 #include "net/socket.h"
 #include "net/socket_http.h"
 #include "support/files.h"
-#include "support/format.h"
-#include "support/memory.h"
+#include "support/owned.h"
 #include "support/product.h"
 #include "support/text.h"
 

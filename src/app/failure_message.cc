@@ -6,7 +6,6 @@
 #include <cstring>
 
 #include "api/result/result_codes.h"
-#include "support/format.h"
 #include "support/text.h"
 
 namespace velnor {

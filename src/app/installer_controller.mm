@@ -10,7 +10,6 @@
 
 #include "app/failure_message.h"
 #include "platform/desktop.h"
-#include "support/memory.h"
 #include "support/owned.h"
 #include "velnor/capi.h"
 

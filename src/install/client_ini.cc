@@ -2,7 +2,6 @@
 
 #include <cstring>
 
-#include "support/format.h"
 #include "support/text.h"
 #include "support/url.h"
 #include "velnor_deployment.h"

@@ -3,10 +3,10 @@
 
 #include "api/result/last_error.h"
 #include "support/files.h"
-#include "support/format.h"
 #include "support/owned.h"
 #include "support/paths.h"
 #include "support/product.h"
+#include "support/text.h"
 #include "velnor/capi.h"
 
 namespace velnor {

@@ -4,12 +4,11 @@
 #include "api/result/last_error.h"
 #include "install/records.h"
 #include "support/files.h"
-#include "support/format.h"
 #include "support/log_file.h"
-#include "support/memory.h"
 #include "support/owned.h"
 #include "support/paths.h"
 #include "support/product.h"
+#include "support/text.h"
 #include "velnor/capi.h"
 #include "velnor_deployment.h"
 

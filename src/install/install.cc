@@ -14,12 +14,12 @@
 #include "install/verified_download.h"
 #include "net/system_downloader.h"
 #include "support/files.h"
-#include "support/format.h"
 #include "support/log_file.h"
 #include "support/owned.h"
 #include "support/paths.h"
 #include "support/product.h"
 #include "support/shell.h"
+#include "support/text.h"
 #include "velnor/capi.h"
 #include "velnor_deployment.h"
 

@@ -12,10 +12,10 @@
 
 #include "net/http_attempts.h"
 #include "support/files.h"
-#include "support/format.h"
 #include "support/log_file.h"
 #include "support/owned.h"
 #include "support/paths.h"
+#include "support/text.h"
 #include "support/url.h"
 
 namespace velnor {

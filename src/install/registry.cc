@@ -10,11 +10,11 @@
 #include "install/detail.h"
 #include "install/records.h"
 #include "support/files.h"
-#include "support/format.h"
 #include "support/log_file.h"
 #include "support/owned.h"
 #include "support/paths.h"
 #include "support/product.h"
+#include "support/text.h"
 
 namespace velnor {
 namespace {

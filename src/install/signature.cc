@@ -14,7 +14,6 @@
 #include "install/verified_download.h"
 #include "support/encodings.h"
 #include "support/log_file.h"
-#include "support/memory.h"
 #include "support/owned.h"
 #include "support/text.h"
 #include "velnor/capi.h"

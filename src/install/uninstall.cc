@@ -9,12 +9,12 @@
 #include "install/records.h"
 #include "net/socket_http.h"
 #include "support/files.h"
-#include "support/format.h"
 #include "support/log_file.h"
 #include "support/owned.h"
 #include "support/paths.h"
 #include "support/product.h"
 #include "support/shell.h"
+#include "support/text.h"
 #include "support/text_extraction.h"
 #include "velnor/capi.h"
 

@@ -8,8 +8,8 @@
 
 #include "api/result/last_error.h"
 #include "net/socket.h"
-#include "support/format.h"
 #include "support/owned.h"
+#include "support/text.h"
 #include "support/text_extraction.h"
 #include "support/url.h"
 #include "velnor/capi.h"

@@ -5,7 +5,7 @@
 #include <limits>
 
 #include "api/result/last_error.h"
-#include "support/memory.h"
+#include "support/owned.h"
 #include "velnor/capi.h"
 
 namespace velnor {

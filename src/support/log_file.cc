@@ -6,7 +6,6 @@
 
 #include "api/result/last_error.h"
 #include "support/files.h"
-#include "support/format.h"
 #include "support/owned.h"
 #include "support/paths.h"
 #include "support/text.h"

@@ -6,7 +6,7 @@
 #include <cstring>
 
 #include "api/result/last_error.h"
-#include "support/format.h"
+#include "support/text.h"
 #include "velnor/capi.h"
 
 namespace velnor {

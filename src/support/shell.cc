@@ -9,9 +9,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "support/format.h"
-#include "support/memory.h"
 #include "support/owned.h"
+#include "support/text.h"
 
 namespace velnor {
 namespace {

@@ -1,7 +1,10 @@
-// Texts: copies, and comparisons that every room needs.
+// Texts: copies, comparisons that every room needs, and formatting into heap buffers that grow
+// until the text fits.
 #ifndef VELNOR_SUPPORT_TEXT_H
 #define VELNOR_SUPPORT_TEXT_H
 
+#include <cstdarg>
+#include <cstdint>
 #include <string_view>
 
 #include "support/owned.h"
@@ -23,5 +26,16 @@ bool beginsWith(const char* text, const char* prefix);
 bool equalIgnoringCase(const char* a, const char* b);
 
 }  // namespace velnor
+
+/// Formats as printf(3) into a new heap block stored in `*out` (not released first), owned by the
+/// caller. `size` is the first size to try in bytes, 0 for 256. Returns the length without the
+/// terminator. When there is no memory it returns 0, stores null and leaves code 4; an empty text
+/// returns 0 as well, with `*out` set.
+int32_t _vn_snprintf(char** out, int32_t size, const char* format, ...)
+    __attribute__((format(printf, 3, 4)));
+
+/// The same for an argument list, which the caller ends.
+int32_t _vn_vsnprintf(char** out, int32_t size, const char* format, va_list arguments)
+    __attribute__((format(printf, 3, 0)));
 
 #endif

@@ -5,7 +5,6 @@
 #include <cstring>
 
 #include "api/result/last_error.h"
-#include "support/format.h"
 #include "support/owned.h"
 #include "support/text.h"
 #include "velnor/capi.h"

@@ -11,10 +11,10 @@
 #include "harness/harness.h"
 #include "support/encodings.h"
 #include "support/files.h"
-#include "support/format.h"
 #include "support/log_file.h"
 #include "support/paths.h"
 #include "support/shell.h"
+#include "support/text.h"
 #include "support/text_extraction.h"
 
 namespace {

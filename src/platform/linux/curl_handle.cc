@@ -10,7 +10,6 @@
 #include <cstdlib>
 #include <new>
 
-#include "support/format.h"
 #include "support/text.h"
 
 namespace velnor::platform {

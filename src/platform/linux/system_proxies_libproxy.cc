@@ -10,7 +10,6 @@
 
 #include "api/result/last_error.h"
 #include "platform/linux/bounded_call.h"
-#include "support/format.h"
 #include "support/text.h"
 #include "support/url.h"
 #include "velnor/capi.h"

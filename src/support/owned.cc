@@ -1,4 +1,4 @@
-#include "support/memory.h"
+#include "support/owned.h"
 
 #include <cstdlib>
 
