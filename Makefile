@@ -144,6 +144,7 @@ coverage:
 	@rm -rf build/coverage/counts
 	@find build/coverage -name '*.gcda' -delete 2>/dev/null || true
 	@$(MAKE) --no-print-directory test PRESET=coverage
+	@torture/run build/coverage 0 alloc
 	@cp -r $(GCOV_PREFIX)$(CURDIR)/build/coverage/. build/coverage
 	@tools/coverage build/coverage
 
