@@ -7,6 +7,7 @@
 namespace {
 
 thread_local bool t_watching = false;
+thread_local bool t_lasts = false;
 thread_local size_t t_number = 0;
 thread_local size_t t_count = 0;
 thread_local size_t t_bytes = 0;
@@ -14,7 +15,7 @@ thread_local size_t t_bytes = 0;
 bool fails(size_t size) {
     if (!t_watching) return false;
     t_bytes += size;
-    return ++t_count == t_number;
+    return ++t_count == t_number || (t_lasts && t_count > t_number);
 }
 
 }  // namespace
@@ -34,14 +35,16 @@ void operator delete(void* block) noexcept { std::free(block); }
 void operator delete(void* block, size_t) noexcept { std::free(block); }
 void* operator new(size_t size) {
     void* block = fails(size) ? nullptr : __real_malloc(size);
+    if (block == nullptr && std::get_new_handler() != nullptr) std::get_new_handler()();
     if (block == nullptr) throw std::bad_alloc();
     return block;
 }
 
 namespace harness {
 
-void failAllocation(size_t number) {
+void failAllocation(size_t number, bool lasts) {
     t_number = number;
+    t_lasts = lasts;
     t_count = t_bytes = 0;
     t_watching = true;
 }

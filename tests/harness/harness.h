@@ -64,8 +64,9 @@ std::string gzip(const std::string& data, int level = 9);
 // Where velnor_failing_allocations is linked, for what is linked statically with it; the libraries
 // beneath keep their memory.
 
-/// From here on the `number`-th allocation (from 1) of this thread fails; 0 only watches.
-void failAllocation(size_t number);
+/// From here on the `number`-th allocation (from 1) of this thread fails, alone or with all that
+/// follow; 0 only watches.
+void failAllocation(size_t number, bool lasts = false);
 
 /// Ends the watch; true when the chosen allocation was reached.
 bool hasFailedAllocation();

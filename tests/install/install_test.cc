@@ -177,9 +177,6 @@ Spoil with(const std::string& key, const std::string& value) {
 Spoil without(const std::string& key) {
     return [=](World& world) { world.ini.erase(key); };
 }
-Spoil withArtifact(const std::string& name, const std::string& data) {
-    return [=](World& world) { world.artifacts[name] = data; };
-}
 
 TEST(Install, FailuresHaveTheirCodeDetailAndMessage) {
     World world;
@@ -213,9 +210,10 @@ TEST(Install, FailuresHaveTheirCodeDetailAndMessage) {
          "MacOSUIToolURL=", artifact + "Path MacOSUIToolURL= not found"},
         {with("MacOSUIToolURL", ui + "2"), 15, ui + "2",
          artifact + "Error in downloading " + ui + "2"},
-        {withArtifact("ui.tgz", ""), 15, ui, artifact + "Error in downloading " + ui},
-        {withArtifact("ksmac_1.6.5", "other"), 21, World::originUrl("ksmac_1.6.5"),
-         forged + "ksmac_1.6.5 does not match with the signature"},
+        {[](World& w) { w.artifacts["ui.tgz"] = ""; }, 15, ui,
+         artifact + "Error in downloading " + ui},
+        {[](World& w) { w.artifacts["ksmac_1.6.5"] = "other"; }, 21,
+         World::originUrl("ksmac_1.6.5"), forged + "ksmac_1.6.5 does not match with the signature"},
         {with("MacOSUIToolSig", ini.at("MacOSClientSig")), 21, ui, forged + "ksmacui.tar.gz does"},
         {[&](World& w) { w.addArtifact("MacOSClient", longName, "data"); }, 16, cutPath,
          artifact + "Error in saving the binary " + longName + " at " + cutPath},

@@ -1,7 +1,7 @@
 // What CFNetwork may do and the other system's stack does not.
 #include <chrono>
 
-#include "net/origins.h"
+#include "net/fetch.h"
 
 namespace {
 

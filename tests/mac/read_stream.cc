@@ -178,10 +178,10 @@ void __CFReadStream::redirect(const char* target) {
 
 extern "C" {
 
-const CFStringRef kCFStreamPropertyHTTPResponseHeader = mac::constant<__CFString>("head");
-const CFStringRef kCFStreamPropertyHTTPFinalURL = mac::constant<__CFString>("URL");
-const CFStringRef kCFStreamPropertyHTTPProxy = mac::constant<__CFString>("proxy");
-const CFStringRef kCFStreamPropertyHTTPShouldAutoredirect = mac::constant<__CFString>("redirect");
+const CFStringRef kCFStreamPropertyHTTPResponseHeader = mac::make<__CFString>("head");
+const CFStringRef kCFStreamPropertyHTTPFinalURL = mac::make<__CFString>("URL");
+const CFStringRef kCFStreamPropertyHTTPProxy = mac::make<__CFString>("proxy");
+const CFStringRef kCFStreamPropertyHTTPShouldAutoredirect = mac::make<__CFString>("redirect");
 
 CFReadStreamRef CFReadStreamCreateForHTTPRequest(CFAllocatorRef, CFHTTPMessageRef request) {
     return mac::make<__CFReadStream>(*request);

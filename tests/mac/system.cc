@@ -17,7 +17,6 @@ void* lendBytes(const char* text, UInt32* size) {
     *size = static_cast<UInt32>(std::strlen(text));
     // Not ended by a NUL byte, as whoever takes them for a text is to learn.
     void* bytes = std::memset(std::malloc(*size + 1U), '?', *size + 1U);
-    mac::lend(bytes);
     return std::memcpy(bytes, text, *size);
 }
 
@@ -35,10 +34,10 @@ void addProxy(__CFDictionary* settings, ProxyProtocol kind, const char* anyUrl, 
 
 }  // namespace
 
-const CFStringRef kSCPropNetProxiesHTTPProxy = mac::constant<__CFString>("HTTPProxy");
-const CFStringRef kSCPropNetProxiesHTTPPort = mac::constant<__CFString>("HTTPPort");
-const CFStringRef kSCPropNetProxiesHTTPSProxy = mac::constant<__CFString>("HTTPSProxy");
-const CFStringRef kSCPropNetProxiesHTTPSPort = mac::constant<__CFString>("HTTPSPort");
+const CFStringRef kSCPropNetProxiesHTTPProxy = mac::make<__CFString>("HTTPProxy");
+const CFStringRef kSCPropNetProxiesHTTPPort = mac::make<__CFString>("HTTPPort");
+const CFStringRef kSCPropNetProxiesHTTPSProxy = mac::make<__CFString>("HTTPSProxy");
+const CFStringRef kSCPropNetProxiesHTTPSPort = mac::make<__CFString>("HTTPSPort");
 
 extern "C" {
 
@@ -83,10 +82,7 @@ OSStatus SecKeychainItemCopyContent(SecKeychainItemRef item, SecItemClass*,
 }
 
 OSStatus SecKeychainItemFreeContent(SecKeychainAttributeList* attributes, void* data) {
-    for (void* bytes : {attributes->attr[0].data, data}) {
-        mac::takeBack(bytes);
-        std::free(bytes);
-    }
+    for (void* bytes : {attributes->attr[0].data, data}) std::free(bytes);
     return errSecSuccess;
 }
 

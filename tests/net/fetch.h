@@ -1,12 +1,15 @@
-// A download as tests look at it.
+// A download as tests look at it, and the servers that it is from.
 #ifndef TESTS_NET_FETCH_H
 #define TESTS_NET_FETCH_H
+
+#include <gtest/gtest.h>
 
 #include <optional>
 #include <string>
 
 #include "api/result/last_error.h"
 #include "net/system_downloader.h"
+#include "sandbox/servers/file_server.h"
 #include "sandbox/servers/raw_server.h"
 #include "support/owned.h"
 
@@ -51,5 +54,32 @@ inline std::string pattern(size_t size) {
     for (size_t i = 0; i < size; ++i) text[i] = static_cast<char>(i * 31 + i / 251);
     return text;
 }
+
+/// Where downloads end: a plain and a secure web server, and redirects between them.
+class Origins : public testing::Test {
+  protected:
+    Origins() {
+        http_.serve("/file", "here");
+        https_.serve("/file", "secure");
+    }
+
+    std::string plain(const std::string& path) const { return urlOn(http_.port(), path); }
+    std::string secure(const std::string& path) const {
+        return "https://localhost:" + std::to_string(https_.port()) + path;
+    }
+    // As if compressed, which only the final reply's headers can say of a body.
+    static sandbox::Reply redirect(const std::string& target, int status = 302) {
+        return {status,
+                "moved, " + std::string(5000, 'x'),
+                {{"Location", target}, {"Content-Encoding", "gzip"}}};
+    }
+    std::optional<std::string> fetchRedirected(const std::string& target, int status = 302) {
+        http_.serve("/old", redirect(target, status));
+        return fetch(plain("/old")).body;
+    }
+
+    sandbox::FileServer http_;
+    sandbox::FileServer https_{0, sandbox::tlsFiles()};
+};
 
 #endif

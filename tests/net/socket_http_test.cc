@@ -11,7 +11,6 @@
 
 #include "net/fetch.h"
 #include "net/socket.h"
-#include "sandbox/servers/file_server.h"
 #include "support/url.h"
 #include "velnor/capi.h"
 
@@ -70,14 +69,13 @@ TEST(SocketHttp, EachReplyHasItsOutcome) {
 }
 
 TEST(SocketHttp, RedirectsAreFollowedHoweverMany) {
-    sandbox::FileServer server;
-    server.handle("/", [&](const sandbox::Request& request) {
-        const int left = std::stoi(request.target.substr(1));
-        const std::string next = urlOn(server.port(), "/" + std::to_string(left - 1));
-        return left == 0 ? sandbox::Reply{200, "arrived", {}}
-                         : sandbox::Reply{302, "moved", {{"Location", next}}};
-    });
-    EXPECT_EQ(fetchPlain(urlOn(server.port(), "/200")).body, "arrived");
+    const std::string again = "HTTP/1.0 302 Found\r\nLocation: " + urlOn(8080) + "\r\n\r\n";
+    const RawServer server(
+        [&, left = 200](int fd, const std::string&) mutable {
+            sandbox::sendAll(fd, left-- > 0 ? again : replyOfLength("7", "arrived"));
+        },
+        8080);
+    EXPECT_EQ(fetchPlain(urlOn(8080)).body, "arrived");
 }
 
 TEST(SocketHttp, UrlsThatLeadNowhere) {

@@ -1,5 +1,5 @@
-// What a download sends, and what it makes of replies: whole, encoded, cut, slow, oddly framed or
-// no HTTP at all.
+// What a download sends; what it makes of replies: whole, encoded, cut, slow, oddly framed or no
+// HTTP at all; where redirects lead; and whom it trusts over TLS.
 #include "net/system_downloader.h"
 
 #include <gtest/gtest.h>
@@ -10,21 +10,11 @@
 
 #include "harness/harness.h"
 #include "net/fetch.h"
-#include "sandbox/servers/file_server.h"
 
 namespace {
 
 using harness::gzip;
 using sandbox::RawServer;
-
-TEST(Download, RequestHoldsNothingButWhatItMust) {
-    const RawServer server = answering("HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\nhi");
-    EXPECT_EQ(fetch(urlOn(server.port(), "/a?b=c")).body, "hi");
-    EXPECT_EQ(server.heads(), std::vector{"GET /a?b=c HTTP/1.1\r\nHost: 127.0.0.1:" +
-                                          std::to_string(server.port()) +
-                                          "\r\nUser-Agent: test agent\r\n"
-                                          "Accept-Encoding: gzip\r\n\r\n"});
-}
 
 TEST(Download, PlainAndEncodedBodies) {
     const std::string step(128 * 1024, 'z');
@@ -89,7 +79,10 @@ TEST(Download, RepliesThatAreReadAndThatAreAskedForTwice) {
     };
     for (const auto& [reply, body] : rows) {
         const RawServer server = answering(reply);
-        const Fetched fetched = fetch(urlOn(server.port()));
+        const Fetched fetched = fetch(urlOn(server.port(), "/a?b=c"));
+        EXPECT_EQ(server.heads().at(0),
+                  "GET /a?b=c HTTP/1.1\r\nHost: 127.0.0.1:" + std::to_string(server.port()) +
+                      "\r\nUser-Agent: test agent\r\nAccept-Encoding: gzip\r\n\r\n");
         EXPECT_EQ(fetched.body, body) << reply;
         EXPECT_EQ(fetched.size, body ? body->size() : 0xffffffff) << reply;
         EXPECT_EQ(fetched.lastError, kUntouched) << reply;
@@ -153,6 +146,64 @@ TEST(Download, UnusableTextsNeverReachTheNetwork) {
 TEST(Download, NobodyThereFailsAtOnce) {
     for (const char* url : {"http://127.0.0.1:1/x", "http://no-such-host.example/x"}) {
         EXPECT_LT(secondsToFail(url), 14) << url;
+    }
+}
+
+using Redirects = Origins;
+
+TEST_F(Redirects, AreFollowedFromAnyKindWithoutTheTextOnTheWay) {
+    for (const int status : {301, 302, 303, 307, 308}) {
+        EXPECT_EQ(fetchRedirected("/file", status), "here") << status;
+        EXPECT_EQ(fetchRedirected(secure("/file"), status), "secure") << status;
+        EXPECT_EQ(https_.requests().back().header("User-Agent"), "test agent");
+        EXPECT_EQ(https_.requests().back().header("Accept-Encoding"), "gzip");
+    }
+    // Blanks in a target are encoded.
+    const sandbox::RawServer there = answering("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n");
+    EXPECT_EQ(fetchRedirected(urlOn(there.port(), "/a b%20c")), "");
+    EXPECT_TRUE(there.heads().back().starts_with("GET /a%20b%20c HTTP/1.1\r\n"));
+}
+
+TEST_F(Redirects, ThatLeadNowhereFail) {
+    https_.serve("/down", redirect(plain("/file")));
+    for (const std::string& target : {std::string("ftp://localhost/x"), std::string("http://"),
+                                      std::string("file:///etc/passwd"), secure("/down")}) {
+        EXPECT_EQ(fetchRedirected(target), std::nullopt) << target;
+    }
+    EXPECT_EQ(fetch(secure("/down")).body, std::nullopt);
+    http_.serve("/old", sandbox::Reply{302, "no target", {}});
+    EXPECT_EQ(fetch(plain("/old")).body, std::nullopt);
+    const sandbox::RawServer cut = answering("HTTP/1.1 302 Found\r\nLocation: /next\r\nContent-Le");
+    EXPECT_EQ(fetch(urlOn(cut.port())).body, std::nullopt);
+    EXPECT_EQ(cut.heads().size(), 2U) << "one request for each attempt";
+}
+
+TEST(Tls, OnlyAValidCertificateOfAKnownAuthorityIsAccepted) {
+    // The authority that the system does not know, beside the certificate that it signed.
+    const std::string folder = sandbox::tlsFiles("untrusted").certificate;
+    const std::string authority = folder.substr(0, folder.rfind('/')) + "/untrusted-ca.crt";
+    const struct {
+        const char* certificate;
+        bool accepted;
+        const char* file = nullptr;    // SSL_CERT_FILE
+        const char* folder = nullptr;  // SSL_CERT_DIR
+    } rows[] = {
+        {"server", true},
+        {"untrusted", false},
+        {"expired", false},
+        {"wrong-host", false},
+        {"untrusted", true, authority.c_str()},
+        {"server", true, authority.c_str()},  // the system's folder still counts
+        {"server", false, authority.c_str(), "/no/such/folder"},
+    };
+    for (const auto& row : rows) {
+        row.file != nullptr ? setenv("SSL_CERT_FILE", row.file, 1) : unsetenv("SSL_CERT_FILE");
+        row.folder != nullptr ? setenv("SSL_CERT_DIR", row.folder, 1) : unsetenv("SSL_CERT_DIR");
+        sandbox::FileServer server(0, sandbox::tlsFiles(row.certificate));
+        server.serve("/file", "body");
+        const std::string url = "https://localhost:" + std::to_string(server.port()) + "/file";
+        EXPECT_EQ(fetch(url).body.has_value(), row.accepted) << row.certificate;
+        EXPECT_EQ(server.requests().empty(), !row.accepted) << row.certificate;
     }
 }
 
