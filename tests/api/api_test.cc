@@ -4,6 +4,7 @@
 #include <pthread.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -65,7 +66,11 @@ TEST(Handle, NeedsAClientAndBothArguments) {
     EXPECT_EQ(outcome(vn_initialize("A", nullptr)), 1U);
     EXPECT_EQ(outcome(vn_initialize("A\r\nB: C", &handle)), 2U);
     EXPECT_EQ(handle, untouched);
+    std::srand(1);
+    const int usual = std::rand();
+    std::srand(1);
     EXPECT_EQ(outcome(vn_initialize("A", &handle)), 0U);
+    EXPECT_NE(std::rand(), usual) << "seeded anew";
     EXPECT_EQ(runTasks(handle), 0U);
     EXPECT_EQ(server.heads().at(0),
               "GET /api?function=ping HTTP/1.0\r\nHost: 127.0.0.1\r\nUser-Agent: A\r\n"

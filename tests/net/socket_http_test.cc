@@ -69,13 +69,14 @@ TEST(SocketHttp, EachReplyHasItsOutcome) {
 }
 
 TEST(SocketHttp, RedirectsAreFollowedHoweverMany) {
-    const std::string again = "HTTP/1.0 302 Found\r\nLocation: " + urlOn(8080) + "\r\n\r\n";
+    constexpr int kLastPort = 65535;
+    const std::string again = "HTTP/1.0 302 Found\r\nLocation: " + urlOn(kLastPort) + "\r\n\r\n";
     const RawServer server(
         [&, left = 200](int fd, const std::string&) mutable {
             sandbox::sendAll(fd, left-- > 0 ? again : replyOfLength("7", "arrived"));
         },
-        8080);
-    EXPECT_EQ(fetchPlain(urlOn(8080)).body, "arrived");
+        kLastPort);
+    EXPECT_EQ(fetchPlain(urlOn(kLastPort)).body, "arrived");
 }
 
 TEST(SocketHttp, UrlsThatLeadNowhere) {
@@ -178,6 +179,11 @@ TEST(SocketHttp, SignalsNeitherCutAReplyNorProlongSilence) {
     const itimerval everyMillisecond{{0, 1000}, {0, 1000}};
     setitimer(ITIMER_REAL, &everyMillisecond, nullptr);
     EXPECT_EQ(fetchPlain(urlOn(slow.port())).body, body);
+    const velnor::Socket unlimited(_vn_openSocket("127.0.0.1", slow.port()));
+    EXPECT_EQ(
+        OwnedText(_vn_downloadPathFromSocket("a", "p", "h", unlimited.get(), nullptr, nullptr))
+            .get(),
+        body);
     const Fetched cut = fetchPlain(urlOn(silent.port()));
     EXPECT_EQ(cut.body, std::nullopt);
     EXPECT_EQ(cut.lastError, INSTALL_ERROR_NETWORK + 0U);
