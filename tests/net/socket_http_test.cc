@@ -102,6 +102,7 @@ TEST(SocketHttp, UrlsThatLeadNowhere) {
     char *host = nullptr, *path = nullptr;
     int32_t port = 7;
     EXPECT_EQ(_vn_getHostName("any://h", copy.out(), &host, nullptr, &path), 0);
+    EXPECT_EQ(_vn_getHostName(nullptr, nullptr, nullptr, nullptr, nullptr), 0);
     EXPECT_EQ(_vn_getHostName("any://h", copy.out(), &host, &port, &path), 1);
     EXPECT_EQ(port, 7) << "stays, where the URL names none";
     EXPECT_EQ(path, nullptr);
