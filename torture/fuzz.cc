@@ -12,6 +12,8 @@
 #include "api/handle.h"
 #include "harness/harness.h"
 #include "install/client_ini.h"
+#include "logs/log_reader.h"
+#include "logs/readable.h"
 #include "net/body.h"
 #include "net/socket_http.h"
 #include "publish/addresses.h"
@@ -121,6 +123,30 @@ void api(const std::string& input) {
     for (const auto& entry : std::filesystem::directory_iterator(".")) remove(entry.path());
 }
 
+// A log tells the same in one piece and in pieces, and nothing that a terminal would obey.
+void fleet(const std::string& input) {
+    const auto read = [&input](size_t piece) {
+        std::string told;
+        logs::LogReader reader([&told](const logs::Installation& installation) {
+            REQUIRE(!installation.seconds || installation.outcome == logs::Outcome::Succeeded);
+            for (const std::string* text : {&installation.release, &installation.error,
+                                            &installation.cause, &installation.last}) {
+                for (const char c : *text) REQUIRE(c < 0 || (c >= ' ' && c != 0x7F));
+                const std::string counted = logs::withoutParticulars(*text);
+                REQUIRE(counted.find_first_of("0123456789") == counted.npos);
+                told += *text + '\n';
+            }
+            told += logs::nameOf(installation.outcome) + logs::dateOf(installation.begin);
+        });
+        for (size_t at = 0; at < input.size(); at += piece) {
+            reader.read(std::string_view(input).substr(at, piece));
+        }
+        REQUIRE(reader.finish() != logs::Kind::NoLog || told.empty());
+        return told;
+    };
+    REQUIRE(read(input.size() + 1) == read(input.size() % 97 + 1));
+}
+
 // What vn-publish accepts, an installation finds in client.ini.
 void ini(const std::string& /*input*/) try {
     const std::string client = next(), tool = next(), log = next();
@@ -154,7 +180,7 @@ ssize_t __wrap_send(int /*fd*/, const void* /*bytes*/, size_t size, int /*flags*
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static const std::map<std::string, void (*)(const std::string&)> targets{
         {"text", text}, {"encodings", encodings}, {"reply", reply}, {"gzip", gzip}, {"api", api},
-        {"ini", ini}};
+        {"ini", ini},   {"fleet", fleet}};
     static const auto target = targets.at(getenv("TARGET"));
     const std::string input(reinterpret_cast<const char*>(data), size);
     g_texts = std::istringstream(input);
