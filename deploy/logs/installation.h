@@ -3,11 +3,12 @@
 #define VELNOR_DEPLOY_LOGS_INSTALLATION_H
 
 #include <array>
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
+
+#include "logs/log_line.h"
 
 namespace logs {
 
@@ -21,9 +22,6 @@ inline constexpr std::array<const char*, 4> kOutcomeNames{"succeeded", "failed",
 inline const char* nameOf(Outcome outcome) {
     return kOutcomeNames.at(static_cast<size_t>(outcome));
 }
-
-/// UTC, as the clock of the user's machine had it.
-using Time = std::chrono::sys_seconds;
 
 /// Every text is valid UTF-8 without control characters, of 241 characters at most.
 struct Installation {
@@ -40,12 +38,6 @@ struct Installation {
     std::optional<uint64_t> seconds;
     std::optional<uint64_t> startSeconds;
 };
-
-/// The date in UTC, as "2026-11-22".
-std::string dateOf(Time time);
-
-/// The first second of such a date; nothing when `date` is none.
-std::optional<Time> timeOf(const std::string& date);
 
 }  // namespace logs
 

@@ -1,4 +1,3 @@
-#include <rapidjson/ostreamwrapper.h>
 #include <rapidjson/writer.h>
 
 #include <iostream>
@@ -8,14 +7,20 @@
 namespace logs {
 namespace {
 
+// Grows by exceptions, where RapidJSON's own buffers would write to a null pointer.
+struct Buffer {
+    using Ch = char;
+    void Put(char c) { text += c; }
+    void Flush() {}
+    std::string text;
+};
+
 class Object {
   public:
     Object() { writer_.StartObject(); }
-    Object(const Object&) = delete;
-    Object& operator=(const Object&) = delete;
-    ~Object() {
+    void print() {
         writer_.EndObject();
-        std::cout << '\n';
+        std::cout << buffer_.text << '\n';
     }
 
     void text(const char* key, const std::string& value) {
@@ -33,8 +38,8 @@ class Object {
     }
 
   private:
-    rapidjson::OStreamWrapper output_{std::cout};
-    rapidjson::Writer<rapidjson::OStreamWrapper> writer_{output_};
+    Buffer buffer_;
+    rapidjson::Writer<Buffer> writer_{buffer_};
 };
 
 std::string iso8601(Time time) {
@@ -64,6 +69,7 @@ void printJSON(const Installation& installation, const std::string& machine,
     object.textOrNull("last", installation.last);
     object.number("seconds", installation.seconds);
     object.number("startSeconds", installation.startSeconds);
+    object.print();
 }
 
 }  // namespace logs

@@ -21,7 +21,7 @@ td, th { padding: .2em .8em .2em 0; vertical-align: top; text-align: left; overf
 th { border-bottom: 1px solid #bbb } tr + tr td { border-top: 1px solid #eee }
 .n { text-align: right; white-space: nowrap; width: 6em }
 svg { width: 100%; font-size: 12px; fill: #444 } .grid { stroke: #ddd }
-.x, .axis { text-anchor: middle } .y { text-anchor: end }
+text.x { text-anchor: middle } text.y { text-anchor: end }
 .succeeded { fill: #4878a8 } .failed { fill: #c8502f } .unfinished { fill: #e3b341 }
 .installation { fill: #4878a8; stroke: #4878a8 } .start { fill: #6b9a4b; stroke: #6b9a4b }
 path.installation, path.start { fill: none; stroke-width: 2 }

@@ -13,6 +13,7 @@ namespace {
 
 constexpr double kWidth = 720, kHeight = 270;
 constexpr double kLeft = 64, kRight = 704, kTop = 34, kBottom = 222;
+constexpr double kNames = kBottom + 17;  // what stands below the bottom line
 constexpr int kMostDays = 30;
 constexpr double kWidestBar = 36;
 constexpr double kDateWidth = 44;
@@ -28,39 +29,34 @@ std::string filled(const char* format, ...) {
     return text.data();
 }
 
-std::string begin(const char* title, const char* xAxis, const char* yAxis) {
-    const double middle = (kTop + kBottom) / 2;
-    return filled("<svg viewBox=\"0 0 %g %g\" role=\"img\"><title>%s</title>\n", kWidth, kHeight,
-                  title) +
-           filled("<text class=\"axis\" x=\"%g\" y=\"%g\">%s</text>\n", (kLeft + kRight) / 2,
-                  kHeight - 6, xAxis) +
-           filled(
-               "<text class=\"axis\" x=\"14\" y=\"%g\" transform=\"rotate(-90 14 %g)\">%s</text>\n",
-               middle, middle, yAxis);
+std::string label(const char* style, double x, double y, const std::string& text) {
+    return filled(R"(<text class="%s" x="%.1f" y="%.1f">)", style, x, y) + text + "</text>\n";
 }
 
-std::string legend(const std::vector<std::pair<const char*, const char*>>& classesAndNames) {
-    std::string text;
+std::string rectangle(const char* style, double x, double y, double width, double height) {
+    return filled(R"(<rect class="%s" x="%.1f" y="%.1f" width="%.1f" height="%.1f"/>)", style, x, y,
+                  width, height);
+}
+
+// Each name beside a square in the colour of its class.
+using Legend = std::vector<std::pair<const char*, const char*>>;
+
+std::string begin(const char* xAxis, const char* yAxis, const Legend& legend) {
+    std::string text = filled(R"(<svg viewBox="0 0 %g %g" role="img">)", kWidth, kHeight);
+    text += label("x", (kLeft + kRight) / 2, kHeight - 6, xAxis);
+    text += filled(R"_(<g transform="translate(14 %g) rotate(-90)">)_", (kTop + kBottom) / 2) +
+            label("x", 0, 0, yAxis) + "</g>";
     double x = kLeft;
-    for (const auto& [style, name] : classesAndNames) {
-        text +=
-            filled("<rect class=\"%s\" x=\"%g\" y=\"8\" width=\"12\" height=\"12\"/>", style, x);
-        text += filled("<text x=\"%g\" y=\"18\">%s</text>\n", x + 17, name);
+    for (const auto& [style, name] : legend) {
+        text += rectangle(style, x, 8, 12, 12) + label("", x + 17, 18, name);
         x += 190;
     }
     return text;
 }
 
-std::string gridLine(double y, const std::string& label) {
-    return filled("<line class=\"grid\" x1=\"%g\" x2=\"%g\" y1=\"%.1f\" y2=\"%.1f\"/>", kLeft,
-                  kRight, y, y) +
-           filled("<text class=\"y\" x=\"%g\" y=\"%.1f\">%s</text>\n", kLeft - 6, y + 4,
-                  label.c_str());
-}
-
-std::string xLabel(double x, const std::string& label) {
-    return filled("<text class=\"x\" x=\"%.1f\" y=\"%g\">%s</text>\n", x, kBottom + 17,
-                  label.c_str());
+std::string gridLine(double y, const std::string& name) {
+    return filled(R"(<path class="grid" d="M%g %.1fH%g"/>)", kLeft, y, kRight) +
+           label("y", kLeft - 6, y + 4, name);
 }
 
 // 1, 2 or 5 with noughts, so that at most six lines reach up to `most`.
@@ -88,8 +84,7 @@ std::string bar(const Tally::Row& day, double x, double width, double perInstall
     for (const Outcome outcome : kStacked) {
         const double height = perInstallation * static_cast<double>(day.second.of(outcome));
         y -= height;
-        text += filled("<rect class=\"%s\" x=\"%.1f\" y=\"%.1f\" width=\"%.1f\" height=\"%.1f\"/>",
-                       nameOf(outcome), x, y, width, height);
+        text += rectangle(nameOf(outcome), x, y, width, height);
     }
     return text + "</g>\n";
 }
@@ -113,24 +108,20 @@ std::string marked(const Durations& durations, double share, const Scale& scale,
                    const char* style) {
     const uint64_t seconds = durations.quantile(share);
     const double x = scale.at(static_cast<double>(seconds)), y = heightOf(share);
-    return filled("<circle class=\"%s\" cx=\"%.1f\" cy=\"%.1f\" r=\"4\"/>", style, x, y) +
-           filled("<text x=\"%.1f\" y=\"%.1f\">%llu s</text>\n", x + 8, y + 14,
-                  static_cast<unsigned long long>(seconds));
+    return filled(R"(<circle class="%s" cx="%.1f" cy="%.1f" r="4"/>)", style, x, y) +
+           label("", x + 8, y + 14, std::to_string(seconds) + " s");
 }
 
 std::string curve(const Durations& durations, const Scale& scale, const char* style) {
     if (durations.count() == 0) return "";
-    double reached = kBottom;
     std::string path = filled("M%.1f %.1f", kLeft, kBottom);
     for (const auto& [seconds, share] : durations.shares()) {
         const double x = scale.at(static_cast<double>(seconds));
-        path += filled("L%.1f %.1fL%.1f %.1f", x, reached, x, heightOf(share));
-        reached = heightOf(share);
+        path += filled("H%.1fV%.1f", x, heightOf(share));
         if (static_cast<double>(seconds) >= scale.most()) break;
     }
-    return filled("<path class=\"%s\" d=\"", style) + path +
-           filled("L%.1f %.1f\"/>\n", kRight, reached) + marked(durations, 0.5, scale, style) +
-           marked(durations, 0.95, scale, style);
+    return filled(R"(<path class="%s" d=")", style) + path + filled(R"(H%g"/>)", kRight) +
+           marked(durations, 0.5, scale, style) + marked(durations, 0.95, scale, style);
 }
 
 }  // namespace
@@ -144,9 +135,9 @@ std::string plotDays(const std::vector<Tally::Row>& days) {
     uint64_t most = 1;
     for (const auto& day : days) most = std::max(most, day.second.installations());
     const double perInstallation = (kBottom - kTop) / static_cast<double>(most);
-    std::string text = begin("Outcomes per day", "day (UTC)", "installations");
-    text +=
-        legend({{"succeeded", "succeeded"}, {"failed", "failed"}, {"unfinished", "unfinished"}});
+    Legend legend;
+    for (const Outcome outcome : kStacked) legend.emplace_back(nameOf(outcome), nameOf(outcome));
+    std::string text = begin("day (UTC)", "installations", legend);
     for (uint64_t line = 0; line <= most; line += gridStep(most)) {
         text +=
             gridLine(kBottom - perInstallation * static_cast<double>(line), std::to_string(line));
@@ -160,7 +151,7 @@ std::string plotDays(const std::vector<Tally::Row>& days) {
     }
     const std::chrono::days pace(static_cast<int>(std::ceil(kDateWidth / slot)));
     for (Time day = first; day <= last; day += pace) {
-        text += xLabel(middleOf(day), dateOf(day).substr(5));
+        text += label("x", middleOf(day), kNames, dateOf(day).substr(5));
     }
     return text + "</svg>\n";
 }
@@ -168,18 +159,19 @@ std::string plotDays(const std::vector<Tally::Row>& days) {
 std::string plotDurations(const Durations& installation, const Durations& start) {
     // A few that took hours would leave no room for all the others.
     const Scale scale(std::max<uint64_t>({10, installation.quantile(0.99), start.quantile(0.99)}));
-    std::string text = begin("Durations", "seconds", "done within them");
-    text += legend({{"installation", "the installation"}, {"start", "in it, the client's start"}});
+    std::string text =
+        begin("seconds", "done within them",
+              {{"installation", "the installation"}, {"start", "in it, the client's start"}});
     for (const int percent : {0, 25, 50, 75, 100}) {
         text += gridLine(heightOf(percent / 100.0), std::to_string(percent) + " %");
     }
-    text += xLabel(kLeft, "0");
+    text += label("x", kLeft, kNames, "0");
     const bool hasRoom = scale.most() < 2000;
     for (double power = 1; power <= scale.most(); power *= 10) {
         for (const double seconds : {power, 2 * power, 5 * power}) {
             const bool isShown = seconds == power || hasRoom;
             if (!isShown || seconds > scale.most()) continue;
-            text += xLabel(scale.at(seconds), filled("%g", seconds));
+            text += label("x", scale.at(seconds), kNames, filled("%g", seconds));
         }
     }
     text += curve(installation, scale, "installation") + curve(start, scale, "start");
