@@ -26,6 +26,12 @@ std::optional<uint64_t> secondsBetween(Time from, Time to) {
     return static_cast<uint64_t>((to - from).count());
 }
 
+// Only these two functions end an installation when they report an error; what another reports is
+// either why one of these does next, or no reason to end.
+bool isEnd(const LogLine& line) {
+    return line.isError && (line.function == kInstall || line.function == kDownload);
+}
+
 }  // namespace
 
 void LogReader::read(std::string_view bytes) {
@@ -58,12 +64,11 @@ void LogReader::readLine() {
     const bool joins =
         isInstall && !isOpen_ &&
         (line->isError || std::ranges::find(kRegisters, line->message) != std::end(kRegisters));
-    if (begins || joins) begin(*line);
-    isJoining_ = joins || (isJoining_ && isOpen_);
+    if (begins || joins) begin(*line, joins);
     if (isOpen_) note(*line);
 }
 
-void LogReader::begin(const LogLine& line) {
+void LogReader::begin(const LogLine& line, bool joins) {
     if (isOpen_) close(Outcome::Unfinished, "");
     const uint64_t number = now_.number + 1;
     now_ = {};
@@ -71,12 +76,7 @@ void LogReader::begin(const LogLine& line) {
     now_.begin = line.time;
     started_.reset();
     isOpen_ = true;
-}
-
-// Only these two functions end an installation when they report an error; what another reports is
-// either why one of these does next, or no reason to end.
-bool LogReader::isEnd(const LogLine& line) const {
-    return line.isError && (line.function == kInstall || line.function == kDownload);
+    isJoining_ = joins;
 }
 
 void LogReader::note(const LogLine& line) {

@@ -33,10 +33,9 @@ class LogReader {
 
   private:
     void readLine();
-    void begin(const LogLine& line);
+    void begin(const LogLine& line, bool joins);
     void note(const LogLine& line);
     void noteRelease(const LogLine& line);
-    bool isEnd(const LogLine& line) const;
     void close(Outcome outcome, std::string_view error);
 
     Take take_;
