@@ -9,7 +9,6 @@
 #include <system_error>
 #include <vector>
 
-#include "common/new_file.h"
 #include "logs/folder.h"
 #include "logs/log_reader.h"
 #include "logs/readable.h"
@@ -21,8 +20,6 @@ namespace {
 
 using logs::Installation, logs::Kind, logs::Outcome, logs::Reading;
 
-constexpr mode_t kReadableByAll = 0666;
-
 constexpr char kDescription[] =
     "Reads the logs that installers have put into folders of the log server, as GUID.log, and\n"
     "tells how many installations succeeded, why others failed, and how long they took.\n"
@@ -30,11 +27,11 @@ constexpr char kDescription[] =
 
 struct Options {
     std::vector<std::string> folders;
-    std::string html;
     std::string since;
     std::string until;
     std::string release;
     bool isJSON = false;
+    bool isHTML = false;
     bool isQuiet = false;
 };
 
@@ -81,8 +78,11 @@ class Run {
 
     int run() {
         for (const std::string& path : options_.folders) readFolder(path);
-        if (!options_.html.empty()) writePage();
-        if (options_.html.empty() && !options_.isJSON) logs::print(statistics_);
+        if (options_.isHTML) {
+            std::cout << logs::page(statistics_);
+        } else if (!options_.isJSON) {
+            logs::print(statistics_);
+        }
         if (statistics_.unreadable > 0) {
             std::cerr << "vn-logs: logs that could not be read: " << statistics_.unreadable << '\n';
         }
@@ -129,13 +129,6 @@ class Run {
         if (options_.isJSON) program::finishOutput();
     }
 
-    void writePage() const {
-        deploy::NewFile file(options_.html + "." + std::to_string(getpid()) + ".new",
-                             kReadableByAll);
-        file.write(logs::page(statistics_));
-        file.replace(options_.html);
-    }
-
     const Options& options_;
     logs::Statistics statistics_;
     bool isWhole_ = true;
@@ -160,10 +153,10 @@ void addDay(CLI::App& app, const char* name, std::string& day, const char* descr
 program::Body setUp(CLI::App& app) {
     const auto options = std::make_shared<Options>();
     app.add_option("FOLDER", options->folders, "Folders of logs")->required()->type_name("");
-    app.add_flag("--json", options->isJSON,
-                 "Print a line of JSON for each installation, and no tables");
-    app.add_option("--html", options->html, "Write a page with plots, and print no tables")
-        ->type_name("FILE");
+    CLI::Option* json = app.add_flag("--json", options->isJSON,
+                                     "Print a line of JSON for each installation, not the tables");
+    app.add_flag("--html", options->isHTML, "Print a page with plots, not the tables")
+        ->excludes(json);
     addDay(app, "--since", options->since,
            "Only installations that began on this day (UTC) or later");
     addDay(app, "--until", options->until, "Only installations that began on this day or earlier");
