@@ -21,8 +21,8 @@ namespace {
 using logs::Installation, logs::Kind, logs::Outcome, logs::Reading;
 
 constexpr char kDescription[] =
-    "Reads the logs that installers have put into folders of the log server, as GUID.log, and\n"
-    "tells how many installations succeeded, why others failed, and how long they took.\n"
+    "Reads the logs that installers have put into folders of the log server, and tells\n"
+    "how many installations succeeded, why others failed, and how long they took.\n"
     "Logs are sent by anyone: believe them no more than a letter.\n";
 
 struct Options {
@@ -78,6 +78,7 @@ class Run {
 
     int run() {
         for (const std::string& path : options_.folders) readFolder(path);
+        if (!hasFolder_) return 1;
         if (options_.isHTML) {
             std::cout << logs::page(statistics_);
         } else if (!options_.isJSON) {
@@ -93,6 +94,7 @@ class Run {
     // What is wrong with one folder does not keep the others from being read.
     void readFolder(const std::string& path) try {
         logs::Folder folder(path);
+        hasFolder_ = true;
         FolderProgress progress(folder, options_);
         // Part by part, because a long text would lose its middle.
         std::filesystem::path shown;
@@ -132,6 +134,7 @@ class Run {
     const Options& options_;
     logs::Statistics statistics_;
     bool isWhole_ = true;
+    bool hasFolder_ = false;
 };
 
 int report(const Options& options) try {
