@@ -96,8 +96,6 @@ TEST_F(Logs, MayHoldAnything) {
         {line("02_101500", "vn_install", "Unable to open path: /x", "eror"),
          "failed,,Unable to open path: /x,,,,\n"},
         {success(), ""},
-        {std::string(3, '\0'), ""},
-        {"", ""},
     };
     for (const auto& [content, expected] : rows) {
         harness::writeFile(kLog, content);
@@ -111,7 +109,7 @@ TEST_F(Logs, MayHoldAnything) {
 
 TEST_F(Logs, AreFilesOfThisVeryFolder) {
     harness::writeFile("/tmp/secret", begin());
-    run("cd " + kLogs + " && cp ../secret abc.log && mkfifo " + std::string(32, 'a') +
+    run("cd " + kLogs + " && cp ../secret " + kGuid + "0.log && mkfifo " + std::string(32, 'a') +
         ".log && ln -s ../secret " + std::string(32, 'b') + ".log && mkdir " +
         std::string(32, 'c') + ".log");
     harness::writeFile(kLog, begin());
@@ -126,6 +124,7 @@ TEST_F(Logs, AreFilesOfThisVeryFolder) {
     const std::tuple<std::string, int, std::string> rows[] = {
         {"fleet", 0, "          4             files were no logs\n"},
         {"fleet none", 1, "vn-logs: cannot read none: No such file or directory\n"},
+        {"none; echo no table", 0, "directory\nno table\n"},
         {"none fleet", 1, "          1             installations\n"},
         {"--json fleet >/dev/full", 1, "cannot write the output: No space left on device"},
         {"fleet >&-", 1, "cannot write the output: "},
@@ -186,7 +185,6 @@ TEST(Statistics, KeepWhatIsFrequentInBoundedMemory) {
     logs::Durations durations;
     for (uint64_t seconds = 1; seconds <= 100'000; ++seconds) durations.add(seconds);
     EXPECT_EQ(durations.quantile(0.001), 100U);
-    EXPECT_NEAR(static_cast<double>(durations.quantile(0.5)), 50'000, 500);
     EXPECT_NEAR(static_cast<double>(durations.quantile(0.95)), 95'000, 950);
     durations.add(UINT64_MAX);
     EXPECT_NEAR(static_cast<double>(durations.quantile(1)), UINT32_MAX, UINT32_MAX / 100);
