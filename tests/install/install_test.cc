@@ -219,7 +219,6 @@ TEST(Install, FailuresHaveTheirCodeDetailAndMessage) {
          artifact + "Error in saving the binary " + longName + " at " + cutPath},
         {[](World&) { putOnFullDisk(installed("client.ini")); }, 16, installed("client.ini"),
          "vn_install: Failed in saving"},
-        {[](World&) { chmod(kInstallPath.c_str(), 0555); }, 16, installed("client.ini"), ""},
         {[](World&) { setenv("HOME", ("/" + std::string(1000, 'x')).c_str(), 1); }, 8, "",
          "vn_install: Error in installing the client"},
         {[](World&) { fs::create_directory(kRegistry); }, 16, kRegistry,
@@ -230,7 +229,6 @@ TEST(Install, FailuresHaveTheirCodeDetailAndMessage) {
     const std::string home = getenv("HOME");
     for (const auto& row : rows) {
         setenv("HOME", home.c_str(), 1);
-        chmod(kInstallPath.c_str(), 0755);
         fs::remove_all(kInstallPath);
         makeInstallDirectory();
         writeFile(installed("ksmac_1.6.5"), "old");

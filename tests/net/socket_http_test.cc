@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 #include <sys/socket.h>
-#include <sys/time.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -177,8 +176,7 @@ TEST(SocketHttp, SignalsNeitherCutAReplyNorProlongSilence) {
     action.sa_handler = [](int) {};  // without SA_RESTART
     sigaction(SIGALRM, &action, nullptr);
     pthread_sigmask(SIG_UNBLOCK, &alarm, nullptr);
-    const itimerval everyMillisecond{{0, 1000}, {0, 1000}};
-    setitimer(ITIMER_REAL, &everyMillisecond, nullptr);
+    ualarm(1000, 1000);
     EXPECT_EQ(fetchPlain(urlOn(slow.port())).body, body);
     const velnor::Socket unlimited(_vn_openSocket("127.0.0.1", slow.port()));
     EXPECT_EQ(
