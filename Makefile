@@ -138,7 +138,7 @@ bench: configure
 	@bench/plot build/bench.txt build/bench.svg
 	@echo 'The ratios as bars: build/bench.svg'
 
-# The counts lie under the path of the build folder, and gcovr wants them in it.
+# The counts lie under the path of the build folder, and gcov wants them beside its notes in it.
 coverage: export GCOV_PREFIX := $(CURDIR)/build/coverage/counts
 coverage:
 	@rm -rf build/coverage/counts
