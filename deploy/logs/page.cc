@@ -37,14 +37,16 @@ std::string escaped(const std::string& text) {
     return result;
 }
 
+// `cell` is "td" or "th".
 std::string html(const Row& row, const std::string& cell) {
+    const std::string open = "<" + cell, close = "</" + cell + ">";
     std::string text = "<tr>";
     for (const std::string& number : row.numbers) {
-        text += "<" + cell + " class=\"n\">" + number + "</" + cell + ">";
+        text.append(open).append(" class=\"n\">").append(number).append(close);
     }
-    text += "<" + cell + ">" + escaped(row.text);
-    if (!row.note.empty()) text += "<br><small>" + escaped(row.note) + "</small>";
-    return text + "</" + cell + "></tr>\n";
+    text.append(open).append(">").append(escaped(row.text));
+    if (!row.note.empty()) text.append("<br><small>").append(escaped(row.note)).append("</small>");
+    return text.append(close).append("</tr>\n");
 }
 
 std::string html(const Table& table) {

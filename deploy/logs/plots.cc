@@ -167,11 +167,13 @@ std::string plotDurations(const Durations& installation, const Durations& start)
     }
     text += label("x", kLeft, kNames, "0");
     const bool hasRoom = scale.most() < 2000;
-    for (double power = 1; power <= scale.most(); power *= 10) {
-        for (const double seconds : {power, 2 * power, 5 * power}) {
-            const bool isShown = seconds == power || hasRoom;
-            if (!isShown || seconds > scale.most()) continue;
-            text += label("x", scale.at(seconds), kNames, filled("%g", seconds));
+    for (uint64_t power = 1; static_cast<double>(power) <= scale.most(); power *= 10) {
+        for (const uint64_t seconds : {power, 2 * power, 5 * power}) {
+            const double x = scale.at(static_cast<double>(seconds));
+            const bool fits = static_cast<double>(seconds) <= scale.most();
+            if (fits && (hasRoom || seconds == power)) {
+                text += label("x", x, kNames, std::to_string(seconds));
+            }
         }
     }
     text += curve(installation, scale, "installation") + curve(start, scale, "start");
