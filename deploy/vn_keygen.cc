@@ -20,9 +20,9 @@ namespace {
 constexpr mode_t kOwnerOnly = 0600;
 
 constexpr char kDescription[] =
-    "Makes the RSA key pair of a deployment. The private key goes into a new file that only\n"
-    "its owner can read; the public key is printed, as the 324 hex characters that the build\n"
-    "takes as VELNOR_PUBLIC_KEY.\n";
+    "Makes the RSA key pair of a deployment. The private key goes into a new file\n"
+    "that only its owner can read; the public key is printed, as the 324 hex\n"
+    "characters that the build takes as VELNOR_PUBLIC_KEY.\n";
 
 struct Options {
     std::string path;

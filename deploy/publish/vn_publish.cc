@@ -14,12 +14,12 @@
 namespace {
 
 constexpr char kDescription[] =
-    "Signs the artifacts of a release and writes the client.ini that offers them to installers.\n"
-    "All of it is checked with the installer's own code first. When anything is wrong, a message\n"
-    "says what to do, and no file is written.\n"
-    "With --check-live it fetches what is on the servers, as an installation does, and says of "
-    "each\n"
-    "file whether installers accept it; no other option is required then, and no key.\n";
+    "Signs the artifacts of a release and writes the client.ini that offers them to\n"
+    "installers. All of it is checked with the installer's own code first. When\n"
+    "anything is wrong, a message says what to do, and no file is written.\n"
+    "With --check-live it fetches what is on the servers, as an installation does,\n"
+    "and says of each file whether installers accept it. Nothing else is required\n"
+    "then, and no key.\n";
 
 constexpr char kNobodysGuid[] = "00000000000000000000000000000000";
 
