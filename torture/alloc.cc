@@ -17,6 +17,11 @@ size_t g_number = 0, g_lost = 0;  // of the allocation that fails; how often tha
 std::unique_ptr<test::ScriptedClient> g_client;
 ApiHandle* g_handle = nullptr;
 
+void lose(const char* what, uint32_t code) {
+    ++g_lost;
+    std::fprintf(stderr, "allocation %zu: %s, code %u\n", g_number, what, code);
+}
+
 // An installation, and a client that makes a challenge of everything and resets a download.
 void stand() {
     const std::string challenge = test::textReply("Challenge:a\\\\b");
@@ -62,6 +67,8 @@ const struct Row {
              vn_getAttributes(g_handle, 7, &client, 0) == 0 && client.executableversion &&
              vn_getFileAttributes(g_handle, 7, kUrl, &file, 0) == 0 && file.path && client.guid &&
              vn_deleteFile(g_handle, 7, kUrl, nullptr) == 0 && vn_acceptEULA(7, "eula", 0) == 0;
+         if (succeeded && access("/Applications/Velnor/accepteula.txt", F_OK) != 0)
+             lose("an EULA that is not recorded", 0);
          vn_cleanFileAttributes(g_handle, &file, 0);
          vn_cleanAttributes(g_handle, &client, 0);
          return succeeded;
@@ -73,11 +80,6 @@ const struct Row {
     {"install", {4, 5}, offer, [] { return vn_install("Velnor", 7, nullptr, nullptr) == 0; }},
     // clang-format on
 };
-
-void lose(const char* what, uint32_t code) {
-    ++g_lost;
-    std::fprintf(stderr, "allocation %zu: %s, code %u\n", g_number, what, code);
-}
 
 void sweep(const Row& row) {
     std::vector<std::string> expected;

@@ -159,6 +159,8 @@ TEST(Alert, ShowsItsTextOnEveryScreen) {
         const char* title;
     } rows[] = {
         {"1366x768", 2, "English", "Installation Failed"},
+        {"1280x720", 2, "English", "Installation Failed"},
+        {"1024x768", 2, "English", "Installation Failed"},
         {"800x600", 2, "English", "Installation Failed"},
         {"640x480", 1, "English", "Installation Failed"},
         {"1024x768", 1.5, "English", "Installation Failed"},
