@@ -6,7 +6,7 @@
 
 #include "logs/report.h"
 #include "program/help.h"
-#include "vnctl/text.h"
+#include "program/text.h"
 
 namespace logs {
 namespace {
@@ -23,7 +23,7 @@ void print(const Row& row, size_t columns) {
     }
     before += "  ";
     const size_t left = std::max(columns - std::min(columns, before.size()), kNarrowest);
-    std::istringstream lines(program::wrapped(vnctl::printable(row.text), left) +
+    std::istringstream lines(program::wrapped(program::printable(row.text), left) +
                              program::wrapped(row.note, left));
     for (std::string line; std::getline(lines, line);) {
         std::cout << before << line << '\n';

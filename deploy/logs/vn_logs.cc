@@ -14,7 +14,7 @@
 #include "logs/readable.h"
 #include "logs/report.h"
 #include "program/command_line.h"
-#include "vnctl/progress.h"
+#include "program/progress.h"
 
 namespace {
 
@@ -65,7 +65,7 @@ class FolderProgress {
     }
 
   private:
-    vnctl::Progress bar_;
+    program::Progress bar_;
     bool isShown_;
     uint64_t files_ = 0;
     uint64_t done_ = 0;
@@ -166,7 +166,6 @@ program::Body setUp(CLI::App& app) {
     app.add_option("--release", options->release, "Only installations of this client")
         ->type_name("NAME");
     app.add_flag("-q,--quiet", options->isQuiet, "No progress");
-    app.set_version_flag("--version", "vn-logs " VELNOR_VERSION, "Print the version");
     app.footer(
         "Exit status: 0 all was read, 1 something could not be read or written, 2 wrong command "
         "line.");

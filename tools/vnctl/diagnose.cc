@@ -13,6 +13,7 @@
 #include "net/proxy_credentials.h"
 #include "platform/system_proxies.h"
 #include "program/answer.h"
+#include "program/text.h"
 #include "support/owned.h"
 #include "support/paths.h"
 #include "support/product.h"
@@ -20,7 +21,6 @@
 #include "vnctl/client.h"
 #include "vnctl/commands.h"
 #include "vnctl/record.h"
-#include "vnctl/text.h"
 
 namespace vnctl {
 namespace {
@@ -77,7 +77,7 @@ std::string freeDisk() {
         path = path.parent_path();
     }
     const std::filesystem::space_info space = std::filesystem::space(path, error);
-    return error ? error.message() : humanSize(static_cast<int64_t>(space.available));
+    return error ? error.message() : program::humanSize(static_cast<int64_t>(space.available));
 }
 
 std::deque<std::string> lastErrors() {

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "program/text.h"
 #include "support/owned.h"
 #include "support/product.h"
 #include "support/shell.h"
@@ -16,7 +17,6 @@
 #include "vnctl/record.h"
 #include "vnctl/secret_file.h"
 #include "vnctl/target.h"
-#include "vnctl/text.h"
 
 namespace vnctl {
 namespace {
@@ -97,11 +97,12 @@ void start(const Client& client, const Options& options, const Secrets& secrets,
     if (code != INSTALL_ERROR_FILE_NOT_FOUND) throw failureOf(code);
     // It has not come onto the client's list.
     throw Failure(code, "The client does not accept the download. Perhaps it has another one for " +
-                            printable(path) + ", or cannot write there.");
+                            program::printable(path) + ", or cannot write there.");
 }
 
 std::string interruptMessage(const Options& options) {
-    const velnor::OwnedText word(velnor::shellWord(printable(options.urls.front()).c_str()));
+    const velnor::OwnedText word(
+        velnor::shellWord(program::printable(options.urls.front()).c_str()));
     if (!word) throw std::bad_alloc();
     std::string arguments = word.get();
     if (options.cid != 0) arguments += " --cid " + std::to_string(options.cid);
@@ -134,13 +135,14 @@ bool isStuck(const FileAttributes& file, int32_t before) {
 }
 
 void sayComplete(const FileAttributes& file, bool wasComplete) {
-    const std::string path = file.path != nullptr ? printable(file.path) : "";
+    const std::string path = file.path != nullptr ? program::printable(file.path) : "";
     std::cout << (wasComplete ? "Already downloaded" : vn_fileStatusToString(file.status)) << ": "
-              << path << ", " << humanSize(file.size) << '\n';
+              << path << ", " << program::humanSize(file.size) << '\n';
 }
 
 std::string failureText(const FileAttributes& file, bool isStuck) {
-    const std::string reason = file.errorstring != nullptr ? printable(file.errorstring) : "";
+    const std::string reason =
+        file.errorstring != nullptr ? program::printable(file.errorstring) : "";
     if (isStuck) return "The client could not go on: " + reason;
     return vn_fileStatusToString(file.status) + (reason.empty() ? "" : ": " + reason) +
            adviceFor(file.status);
@@ -148,7 +150,7 @@ std::string failureText(const FileAttributes& file, bool isStuck) {
 
 // What a failure begins with where there are other downloads.
 std::string nameOf(const Options& options, const Order& order) {
-    return options.urls.size() == 1 ? "" : printable(order.download.url()) + ": ";
+    return options.urls.size() == 1 ? "" : program::printable(order.download.url()) + ": ";
 }
 
 int sayOutcome(const Options& options, const Order& order, bool isStuck) {
@@ -185,7 +187,8 @@ void begin(const Client& client, const Options& options, const Secrets& secrets,
         sayDone(options, "It is on the client's list. 'vnctl download' begins it.",
                 target.path.c_str());
     } else if (options.isDetached) {
-        sayDone(options, "The client downloads " + printable(target.path), target.path.c_str());
+        sayDone(options, "The client downloads " + program::printable(target.path),
+                target.path.c_str());
     }
 }
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "program/text.h"
 #include "velnor/capi.h"
-#include "vnctl/text.h"
 
 namespace vnctl {
 namespace {
@@ -100,7 +100,8 @@ std::string resultText(uint32_t code, const char* detail) {
     static constexpr char kPlace[] = "%s";
     std::string text = vn_errorToString(code);
     const size_t place = text.find(kPlace);
-    if (place != std::string::npos) text.replace(place, sizeof kPlace - 1, printable(detail));
+    if (place != std::string::npos)
+        text.replace(place, sizeof kPlace - 1, program::printable(detail));
     return text;
 }
 

@@ -13,9 +13,9 @@
 #include <utility>
 #include <vector>
 
+#include "program/progress.h"
+#include "program/text.h"
 #include "vnctl/failure.h"
-#include "vnctl/progress.h"
-#include "vnctl/text.h"
 
 namespace vnctl {
 namespace {
@@ -40,14 +40,14 @@ unsigned percentageOf(const FileAttributes& file) {
 }
 
 std::string received(const FileAttributes& file) {
-    if (file.size <= 0) return humanSize(file.uniquerecv);
-    return humanSize(file.uniquerecv) + " of " + humanSize(file.size);
+    if (file.size <= 0) return program::humanSize(file.uniquerecv);
+    return program::humanSize(file.uniquerecv) + " of " + program::humanSize(file.size);
 }
 
 std::string remaining(const FileAttributes& file) {
     if (file.downloadrate <= 0 || file.size <= file.uniquerecv) return "";
     const int64_t seconds = (file.size - file.uniquerecv) / file.downloadrate;
-    return seconds <= kLongestRemaining ? humanDuration(seconds) + " left" : "";
+    return seconds <= kLongestRemaining ? program::humanDuration(seconds) + " left" : "";
 }
 
 std::vector<std::string> detailsOf(const FileAttributes& file) {
@@ -56,7 +56,7 @@ std::vector<std::string> detailsOf(const FileAttributes& file) {
     if (!isDownloading) details.emplace_back(vn_fileStatusToString(file.status));
     if (file.uniquerecv > 0) details.push_back(received(file));
     if (isDownloading) {
-        details.push_back(humanRate(file.downloadrate));
+        details.push_back(program::humanRate(file.downloadrate));
         details.push_back(remaining(file));
     }
     std::erase(details, "");
@@ -106,11 +106,12 @@ class Display {
         if (lastError_ == file.errorstring) return;
         lastError_ = file.errorstring;
         progress_.end();
-        std::cerr << "Disconnected: " + printable(lastError_) + ". The client tries again.\n";
+        std::cerr << "Disconnected: " + program::printable(lastError_) +
+                         ". The client tries again.\n";
     }
 
     std::mutex mutex_;
-    Progress progress_;
+    program::Progress progress_;
     std::string lastError_;
     Clock::time_point lastTime_;
     int32_t lastStatus_ = -1;

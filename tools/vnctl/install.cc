@@ -3,9 +3,9 @@
 #include <memory>
 #include <string>
 
+#include "program/progress.h"
 #include "velnor/capi.h"
 #include "vnctl/commands.h"
-#include "vnctl/progress.h"
 
 namespace vnctl {
 namespace {
@@ -19,8 +19,8 @@ struct Options : Request {
 };
 
 // One for the whole process, because the engine's callback takes no argument of ours.
-Progress& progress() {
-    static Progress instance;
+program::Progress& progress() {
+    static program::Progress instance;
     return instance;
 }
 

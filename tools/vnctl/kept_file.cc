@@ -16,9 +16,9 @@
 #include <cstring>
 #include <vector>
 
+#include "program/text.h"
 #include "velnor/capi.h"
 #include "vnctl/failure.h"
-#include "vnctl/text.h"
 
 namespace vnctl {
 namespace {
@@ -120,7 +120,7 @@ bool copyTo(int to, const std::string& path, const struct stat& file) {
 }
 
 [[noreturn]] void fail(const std::string& path) {
-    throw Failure(INSTALL_ERROR_DISK, "Cannot protect " + printable(path) +
+    throw Failure(INSTALL_ERROR_DISK, "Cannot protect " + program::printable(path) +
                                           " from the client: " + std::strerror(errno));
 }
 
@@ -132,7 +132,7 @@ KeptFile::KeptFile(const std::string& path) {
     FileBeside copy(path);
     if (!copyTo(copy.get(), path, file)) fail(path);
     const std::string whereItIs =
-        "vnctl: The file could not be put back. It is " + printable(copy.path()) + "\n";
+        "vnctl: The file could not be put back. It is " + program::printable(copy.path()) + "\n";
     int ends[2] = {-1, -1};
     if (pipe(ends) == 0) guard_ = fork();
     if (guard_ == 0) {

@@ -9,7 +9,7 @@
 #include <iostream>
 #include <new>
 
-#include "vnctl/text.h"
+#include "program/text.h"
 
 namespace vnctl {
 namespace {
@@ -35,7 +35,7 @@ std::string validUtf8(const char* text) {
 }
 
 std::string sizeAndBytes(int64_t bytes) {
-    return humanSize(bytes) + " (" + std::to_string(bytes) + " bytes)";
+    return program::humanSize(bytes) + " (" + std::to_string(bytes) + " bytes)";
 }
 
 // 0 stands for nothing to tell.
@@ -105,7 +105,7 @@ void Record::text(const char* key, const char* label, const char* value) {
         json_->text(key, value);
         return;
     }
-    if (value != nullptr) rows_.emplace_back(label, printable(value));
+    if (value != nullptr) rows_.emplace_back(label, program::printable(value));
 }
 
 void Record::print() {
@@ -126,8 +126,9 @@ void printRecord(const ClientAttributes& client, bool asJSON) {
     record.text("executableversion", "Executable", client.executableversion);
     record.text("configurationversion", "Configuration", client.configurationversion);
     record.number("downloadrate", "Download rate", client.downloadrate,
-                  humanRate(client.downloadrate));
-    record.number("sharerate", "Share rate", client.sharerate, humanRate(client.sharerate));
+                  program::humanRate(client.downloadrate));
+    record.number("sharerate", "Share rate", client.sharerate,
+                  program::humanRate(client.sharerate));
     record.boolean("acceptedeula", "EULA accepted", client.acceptedeula != 0);
     record.text("guid", "GUID", client.guid);
     record.print();
@@ -143,7 +144,7 @@ void printRecord(const FileAttributes& file, bool asJSON) {
     record.number("size", "Size", file.size, file.size > 0 ? sizeAndBytes(file.size) : "unknown");
     record.number("uniquerecv", "Received", file.uniquerecv, sizeAndBytes(file.uniquerecv));
     record.number("progress", "Progress", file.progress, std::to_string(file.progress) + "%");
-    record.number("downloadrate", "Rate", file.downloadrate, humanRate(file.downloadrate));
+    record.number("downloadrate", "Rate", file.downloadrate, program::humanRate(file.downloadrate));
     record.text("errorstring", "Error", file.errorstring);
     record.number("error", "Error number", file.error, unlessZero(file.error));
     record.number("suberror", "More about it", file.suberror, unlessZero(file.suberror));

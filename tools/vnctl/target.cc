@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "program/text.h"
 #include "support/encodings.h"
 #include "velnor/capi.h"
 #include "vnctl/failure.h"
-#include "vnctl/text.h"
 
 namespace vnctl {
 namespace {
@@ -69,7 +69,8 @@ std::string absolutePath(const std::string& path, const std::string& url) {
     const auto folder =
         std::filesystem::canonical(file.has_parent_path() ? file.parent_path() : ".", error);
     if (error) {
-        throw Failure(INSTALL_ERROR_DISK, "The folder " + printable(file.parent_path().string()) +
+        throw Failure(INSTALL_ERROR_DISK, "The folder " +
+                                              program::printable(file.parent_path().string()) +
                                               " cannot be used: " + error.message());
     }
     return (folder / file.filename()).string();
@@ -108,7 +109,7 @@ Target chooseTarget(Download& download, const std::string& path, bool mayReplace
     const bool isOurs = isSameFile(known.path, target.path);
     target.isComplete = isOurs && isDone(known);
     if (isOurs || mayReplace) return target;
-    throw Failure(INSTALL_ERROR_DISK, printable(target.path) +
+    throw Failure(INSTALL_ERROR_DISK, program::printable(target.path) +
                                           " exists. Choose another file with --path, or let it be "
                                           "replaced with --force.");
 }

@@ -1,11 +1,11 @@
 // Text as people read it on a terminal.
-#ifndef VELNOR_TOOLS_VNCTL_TEXT_H
-#define VELNOR_TOOLS_VNCTL_TEXT_H
+#ifndef VELNOR_TOOLS_PROGRAM_TEXT_H
+#define VELNOR_TOOLS_PROGRAM_TEXT_H
 
 #include <cstdint>
 #include <string>
 
-namespace vnctl {
+namespace program {
 
 /// `text` with "\x1b" in place of each byte that a terminal would obey or that is no part of a
 /// character of the user's locale.
@@ -20,6 +20,6 @@ std::string humanRate(int64_t bytesPerSecond);
 /// "0:07", "12:34", "1:02:03".
 std::string humanDuration(int64_t seconds);
 
-}  // namespace vnctl
+}  // namespace program
 
 #endif

@@ -1,4 +1,4 @@
-#include "vnctl/progress.h"
+#include "program/progress.h"
 
 #include <unistd.h>
 
@@ -7,7 +7,7 @@
 
 #include "program/help.h"
 
-namespace vnctl {
+namespace program {
 namespace {
 
 constexpr size_t kWidestBar = 50;
@@ -54,7 +54,7 @@ void Progress::end() {
 }
 
 void Progress::redraw(unsigned percentage, const std::vector<std::string>& details) {
-    const size_t columns = program::terminalColumns(STDERR_FILENO);
+    const size_t columns = terminalColumns(STDERR_FILENO);
     const size_t room = columns - std::min(columns, kBesidesBar);
     const size_t forDetails = room - std::min(room, kNarrowestBar);
     const std::string text = fittingText(details, forDetails);
@@ -68,4 +68,4 @@ void Progress::redraw(unsigned percentage, const std::vector<std::string>& detai
     isLineOpen_ = true;
 }
 
-}  // namespace vnctl
+}  // namespace program

@@ -1,12 +1,12 @@
 // Progress on standard error: a bar that is redrawn in place on a terminal, a line a step
 // elsewhere.
-#ifndef VELNOR_TOOLS_VNCTL_PROGRESS_H
-#define VELNOR_TOOLS_VNCTL_PROGRESS_H
+#ifndef VELNOR_TOOLS_PROGRAM_PROGRESS_H
+#define VELNOR_TOOLS_PROGRAM_PROGRESS_H
 
 #include <string>
 #include <vector>
 
-namespace vnctl {
+namespace program {
 
 class Progress {
   public:
@@ -31,6 +31,6 @@ class Progress {
     size_t widestDetails_ = 0;
 };
 
-}  // namespace vnctl
+}  // namespace program
 
 #endif

@@ -1,4 +1,4 @@
-#include "vnctl/text.h"
+#include "program/text.h"
 
 #include <algorithm>
 #include <array>
@@ -7,7 +7,7 @@
 #include <cwchar>
 #include <cwctype>
 
-namespace vnctl {
+namespace program {
 namespace {
 
 constexpr double kUnit = 1024;
@@ -67,4 +67,4 @@ std::string humanDuration(int64_t seconds) {
     return std::to_string(minutes / 60) + ":" + twoDigits(minutes % 60) + end;
 }
 
-}  // namespace vnctl
+}  // namespace program
