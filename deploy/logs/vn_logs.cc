@@ -21,9 +21,9 @@ namespace {
 using logs::Installation, logs::Kind, logs::Outcome, logs::Reading;
 
 constexpr char kDescription[] =
-    "Reads the logs that installers have put into folders of the log server, and tells\n"
-    "how many installations succeeded, why others failed, and how long they took.\n"
-    "Logs are sent by anyone: believe them no more than a letter.\n";
+    "Reads the logs that installers have put into folders of the log server, and\n"
+    "tells how many installations succeeded, why others failed, and how long they\n"
+    "took. Logs are sent by anyone: believe them no more than a letter.\n";
 
 struct Options {
     std::vector<std::string> folders;
