@@ -1,46 +1,25 @@
-#include <rapidjson/writer.h>
-
-#include <iostream>
+#include <array>
+#include <cstdio>
 
 #include "logs/report.h"
+#include "program/json_object.h"
 
 namespace logs {
 namespace {
 
-// Grows by exceptions, where RapidJSON's own buffers would write to a null pointer.
-struct Buffer {
-    using Ch = char;
-    void Put(char c) { text += c; }
-    void Flush() {}
-    std::string text;
-};
+using program::JSONObject;
 
-class Object {
-  public:
-    Object() { writer_.StartObject(); }
-    void print() {
-        writer_.EndObject();
-        std::cout << buffer_.text << '\n';
-    }
+void textOrNull(JSONObject& object, const char* key, const std::string& value) {
+    object.text(key, value.empty() ? nullptr : value.c_str());
+}
 
-    void text(const char* key, const std::string& value) {
-        writer_.Key(key);
-        writer_.String(value.data(), static_cast<rapidjson::SizeType>(value.size()));
+void numberOrNull(JSONObject& object, const char* key, const std::optional<uint64_t>& value) {
+    if (!value) {
+        object.text(key, nullptr);
+    } else {
+        object.number(key, static_cast<int64_t>(*value));
     }
-    void textOrNull(const char* key, const std::string& value) {
-        if (!value.empty()) return text(key, value);
-        writer_.Key(key);
-        writer_.Null();
-    }
-    void number(const char* key, const std::optional<uint64_t>& value) {
-        writer_.Key(key);
-        value ? writer_.Uint64(*value) : writer_.Null();
-    }
-
-  private:
-    Buffer buffer_;
-    rapidjson::Writer<Buffer> writer_{buffer_};
-};
+}
 
 std::string iso8601(Time time) {
     const auto midnight = std::chrono::floor<std::chrono::days>(time);
@@ -56,19 +35,19 @@ std::string iso8601(Time time) {
 
 void printJSON(const Installation& installation, const std::string& machine,
                const std::string& file) {
-    Object object;
-    object.text("machine", machine);
-    object.text("file", file);
-    object.number("number", installation.number);
-    object.text("begin", iso8601(installation.begin));
-    object.text("end", iso8601(installation.end));
-    object.text("outcome", nameOf(installation.outcome));
-    object.textOrNull("release", installation.release);
-    object.textOrNull("error", installation.error);
-    object.textOrNull("cause", installation.cause);
-    object.textOrNull("last", installation.last);
-    object.number("seconds", installation.seconds);
-    object.number("startSeconds", installation.startSeconds);
+    JSONObject object;
+    object.text("machine", machine.c_str())
+        .text("file", file.c_str())
+        .number("number", static_cast<int64_t>(installation.number))
+        .text("begin", iso8601(installation.begin).c_str())
+        .text("end", iso8601(installation.end).c_str())
+        .text("outcome", nameOf(installation.outcome));
+    textOrNull(object, "release", installation.release);
+    textOrNull(object, "error", installation.error);
+    textOrNull(object, "cause", installation.cause);
+    textOrNull(object, "last", installation.last);
+    numberOrNull(object, "seconds", installation.seconds);
+    numberOrNull(object, "startSeconds", installation.startSeconds);
     object.print();
 }
 

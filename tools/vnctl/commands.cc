@@ -34,7 +34,7 @@ static_assert(kLongestName + 200 <= velnor::kLongestRequest);
 
 int sayFailure(const Request& request, uint32_t code, const char* message, int status) {
     if (request.asJSON) {
-        JSONObject().number("code", code).text("error", message).print();
+        program::JSONObject().number("code", code).text("error", message).print();
     } else {
         std::cerr << "vnctl: " << message << std::endl;
     }
@@ -142,7 +142,7 @@ size_t sizeInRequest(const std::string& text) {
 
 int sayDone(const Request& request, const std::string& message, const char* path) {
     if (request.asJSON) {
-        JSONObject object;
+        program::JSONObject object;
         object.text("result", "ok");
         if (path != nullptr) object.text("path", path);
         object.print();
