@@ -45,7 +45,7 @@ std::optional<LogLine> parseLine(const std::string& line) {
                 &message);
     const auto time = midnight(kCentury + year, month, day);
     // A minute can have a leap second.
-    if (message == 0 || !time || hours > 23 || minutes > 59 || seconds > 60) return {};
+    if (message == 0 || !time || year < 0 || hours > 23 || minutes > 59 || seconds > 60) return {};
     const char* text = line.data();
     return LogLine{*time + std::chrono::hours(hours) + std::chrono::minutes(minutes) +
                        std::chrono::seconds(seconds),

@@ -133,7 +133,9 @@ std::string plotDays(const std::vector<Tally::Row>& days) {
     const double slot = (kRight - kLeft) / static_cast<double>(daysBetween(first, last) + 1);
     const double width = std::min(0.7 * slot, kWidestBar);
     uint64_t most = 1;
-    for (const auto& day : days) most = std::max(most, day.second.installations());
+    for (const auto& [day, count] : days) {
+        if (*timeOf(day) >= first) most = std::max(most, count.installations());
+    }
     const double perInstallation = (kBottom - kTop) / static_cast<double>(most);
     Legend legend;
     for (const Outcome outcome : kStacked) legend.emplace_back(nameOf(outcome), nameOf(outcome));

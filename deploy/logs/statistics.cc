@@ -4,15 +4,19 @@
 #include <bit>
 #include <functional>
 #include <iterator>
+#include <tuple>
 
 #include "logs/readable.h"
 
 namespace logs {
 namespace {
 
+// By machines first: one sender can make up as many installations as he likes.
 bool isMoreFrequent(const Tally::Row& a, const Tally::Row& b) {
-    const uint64_t left = a.second.installations(), right = b.second.installations();
-    return left != right ? left > right : a.first < b.first;
+    const auto rank = [](const Tally::Row& row) {
+        return std::tuple(~row.second.machines, ~row.second.installations(), row.first);
+    };
+    return rank(a) < rank(b);
 }
 
 }  // namespace
