@@ -6,10 +6,12 @@
 #include <new>
 #include <stdexcept>
 
+#include "api/result/last_error.h"
 #include "install/client_ini.h"
 #include "install/verified_download.h"
 #include "net/system_downloader.h"
 #include "program/answer.h"
+#include "program/text.h"
 #include "publish/addresses.h"
 #include "support/product.h"
 #include "support/text.h"
@@ -32,6 +34,11 @@ const char* text(const OwnedText& owned) {
     return owned.get();
 }
 
+// What failed for lack of memory here says nothing of the servers.
+void refuseWithoutMemory() {
+    if (vn_getLastError() == INSTALL_ERROR_INSUFFICIENTMEMORY) throw std::bad_alloc();
+}
+
 // A download that failed after this answer.
 std::string whyNot(const velnor::Answer& last, const char* url) {
     if (last.ending == velnor::Ending::Answered) {
@@ -45,20 +52,25 @@ std::string whyNot(const velnor::Answer& last, const char* url) {
     }
     const std::string host = velnor::behindScheme(url);
     const std::string words = program::answerText(last, host.substr(0, host.find('/')));
-    const std::string detail = *last.failure == '\0' ? "" : " (" + std::string(last.failure) + ")";
-    return "its host " + words + detail +
-           (last.ending == velnor::Ending::NoAnswer
-                ? "; check the name in the DNS, the server and its firewall"
-                : "; give it a certificate for this name with its intermediates, from an authority "
-                  "that your users' systems trust, and no redirect to http");
+    const std::string detail =
+        *last.failure == '\0' ? "" : " (" + program::printable(last.failure) + ")";
+    const char* advice =
+        last.ending == velnor::Ending::NoAnswer
+            ? "; check the name in the DNS, the server and its firewall"
+        : velnor::isHttpsUrl(url)
+            ? "; give it a certificate for this name with its intermediates, from an authority "
+              "that your users' systems trust, and no redirect to http"
+            : "; see what the server's error log says";
+    return "its host " + words + detail + advice;
 }
 
 Download fetch(const char* url) {
     const OwnedText userAgent = velnor::installerUserAgent("vn-publish");
     velnor::Answer last{velnor::Ending::Failed};
     Download download;
+    _vn_setLastError(INSTALL_ERROR_OK);
     download.data = OwnedText(velnor::downloadWebUrl(text(userAgent), url, &download.size, &last));
-    if (last.ending == velnor::Ending::NoMemory) throw std::bad_alloc();
+    if (!download.data) refuseWithoutMemory();
     if (!download.data || download.size == 0) refuse(whyNot(last, url));
     return download;
 }
@@ -113,9 +125,12 @@ void verify(const char* ini, const char* signatureKey, const Download& download)
     if (signature.empty()) {
         refuse(std::string("client.ini has no ") + signatureKey + "; publish again");
     }
+    _vn_setLastError(INSTALL_ERROR_OK);
     const velnor::SignatureCheck check =
         velnor::checkSignature(signature.c_str(), download.data.get(), download.size);
     if (check.verified) return;
+    refuseWithoutMemory();
+    if (*check.message != '\0') refuse(std::string(check.message) + "; publish again");
     refuse(check.isOfOurKey
                ? "it is not the file that was signed; upload that one, see that the server changes "
                  "nothing, as with \"Content-Encoding: gzip\", or publish again"

@@ -75,7 +75,7 @@ Answer HttpAttempts::send(Way way) {
         if (!stream) return {Ending::Failed};
         Answer answer = await(*stream, keep_);
         if (answer.status != kProxyAuthenticationRequired || authentication_) {
-            copyFailureText(*stream, answer.failure);
+            if (answer.ending != Ending::Answered) copyFailureText(*stream, answer.failure);
             return answer;
         }
         if (!answerDemand(*stream)) return {Ending::Failed};

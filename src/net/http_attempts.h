@@ -25,7 +25,7 @@ struct Answer {
     int32_t status = 0;
     Body body = {};  // of a status 200 alone, and null data when it is not kept
     bool isGzip = false;
-    char failure[128] = "";  // the system's words for NoAnswer or Failed; empty without any
+    char failure[512] = "";  // the system's words for NoAnswer or Failed; empty without any
 };
 
 enum class Keep { Body, Status };

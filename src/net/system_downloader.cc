@@ -19,22 +19,29 @@ bool isHeaderText(const char* text) {
 
 // The body as it was before it was sent; null data and size 0 when it cannot be inflated.
 Body decode(Answer& answer, bool isCounted) {
-    if (!answer.isGzip) return std::move(answer.body);
+    Body body = std::move(answer.body);
+    if (!answer.isGzip) return body;
     // Without a count it counts as too short, which is fixed by the interface: a caller that asks
     // for no count wants text, and text is not served compressed.
-    if (!isCounted) answer.body.size = 0;
-    return inflateGzip(std::move(answer.body));
+    if (!isCounted) body.size = 0;
+    return inflateGzip(std::move(body));
 }
 
 char* download(const platform::HttpRequest& request, uint32_t* outSize, Answer* last) {
     HttpAttempts attempts(request, Keep::Body);
     for (const Way way : {Way::Proxied, Way::Direct}) {
         attempts.forgetProxyDemand();
-        *last = attempts.send(way);
+        Answer answer = attempts.send(way);
+        Body body;
+        if (answer.status == kStatusOk) {
+            body = decode(answer, outSize != nullptr);
+            if (outSize != nullptr) *outSize = body.size;
+        }
+        // An answer by way of the proxy tells more than that there is no other way.
+        if (answer.ending != Ending::NoAnswer || last->ending != Ending::Answered) {
+            *last = std::move(answer);
+        }
         if (last->ending == Ending::NoMemory) return nullptr;
-        if (last->status != kStatusOk) continue;
-        Body body = decode(*last, outSize != nullptr);
-        if (outSize != nullptr) *outSize = body.size;
         if (body.data) return body.data.release();
     }
     return nullptr;

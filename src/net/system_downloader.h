@@ -24,8 +24,9 @@ char* _vn_downloadVelnorURL(const char* userAgent, const char* url, uint32_t* ou
 
 namespace velnor {
 
-/// The same, and stores in `*last` how the last attempt ended, without its body. Where nothing was
-/// sent it is left alone.
+/// The same, and stores in `*last` how the attempt ended that tells most: the last one, unless it
+/// had no answer and the one before it had. Without its body. Where nothing was sent it is left
+/// alone.
 char* downloadWebUrl(const char* userAgent, const char* url, uint32_t* outSize, Answer* last);
 
 }  // namespace velnor

@@ -83,7 +83,7 @@ int32_t readBody(HttpStream& stream, void* buffer, uint32_t size);
 int32_t responseCode(const HttpStream& stream);
 
 /// Puts what the system's stack says about a failure, such as "certificate has expired", into
-/// `text`, as much as fits with its NUL; an empty text where it says nothing.
+/// `text`; an empty text where it says nothing, or more than fits.
 void copyFailureText(const HttpStream& stream, std::span<char> text);
 
 /// True when the final response has a header `name` (any letter case) with exactly `value`.

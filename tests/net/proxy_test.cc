@@ -79,6 +79,14 @@ TEST_F(Proxy, WithoutAPasswordOrAKeyringTheConnectionIsDirectAfterOneRequest) {
     EXPECT_EQ(cameThroughProxy(), (std::vector<bool>{false, false}));
 }
 
+TEST_F(Proxy, ThatHasAnAnswerTellsMoreThanAHostOutOfReach) {
+    const sandbox::RawServer proxy =
+        answering("HTTP/1.1 404 Gone\r\nContent-Length: 0\r\n\r\n", 3128);
+    velnor::Answer last{velnor::Ending::Failed};
+    EXPECT_EQ(velnor::downloadWebUrl("A", "http://nowhere.invalid/x", nullptr, &last), nullptr);
+    EXPECT_EQ(last.status, 404);
+}
+
 TEST_F(Proxy, IsTakenFromTheEnvironmentAsCurlDoes) {
     const ProxyPeer proxy(Demand::Nothing);
     const struct {

@@ -77,17 +77,18 @@ Parsed parseAnswer(const char* answer, ProxyAddress* proxy) {
     return length != 0 ? proxy->parse(socks.get()) : Parsed::NoMemory;
 }
 
-// As libcurl reads such a list (CURLOPT_NOPROXY): hosts, what hosts end with, and "*" for all.
+// As libcurl reads such a list of names (CURLOPT_NOPROXY): hosts, what hosts end with, and "*"
+// alone for all.
 bool isExcepted(const char* list, const char* url) {
     const OwnedText names = copyText(list);
     OwnedText copy;
     char *host = nullptr, *path = nullptr, *rest = nullptr;
     int32_t port = 0;
     if (!names || _vn_getHostName(url, copy.out(), &host, &port, &path) == 0) return false;
+    if (std::strcmp(list, "*") == 0) return true;
     const size_t size = std::strlen(host);
     for (char* name = strtok_r(names.get(), ", ", &rest); name != nullptr;
          name = strtok_r(nullptr, ", ", &rest)) {
-        if (std::strcmp(name, "*") == 0) return true;
         if (*name == '.') ++name;
         const size_t length = std::strlen(name);
         const char* end = host + (length < size ? size - length : 0);
