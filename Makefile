@@ -43,7 +43,7 @@ help:
 	@echo 'make test      build and run the tests'
 	@echo 'make mac       the application, the library and the tools for macOS, in build/mac'
 	@echo 'make torture   everything that can fail does, at every point, and a table says what survived'
-	@echo 'make install   build and install vnctl, the maker'\''s tools and the client API library'
+	@echo 'make install   build and install the application, the tools and the client API library'
 	@echo 'make dist      Debian packages, the source and their sums, in build/dist'
 	@echo 'make docs      the reference of the client API as web pages, in build/docs'
 	@echo 'make bench     build and run the benchmarks'
@@ -145,7 +145,7 @@ coverage:
 	@find build/coverage -name '*.gcda' -delete 2>/dev/null || true
 	@$(MAKE) --no-print-directory test PRESET=coverage
 	@torture/run build/coverage 0 alloc
-	@cp -r $(GCOV_PREFIX)$(CURDIR)/build/coverage/. build/coverage
+	@cp -r '$(GCOV_PREFIX)$(CURDIR)/build/coverage/.' build/coverage
 	@tools/coverage build/coverage
 
 count:
